@@ -1,0 +1,51 @@
+// Files, directories and the places where the launcher finds its own. A failed system call shows
+// only in the result; nothing here throws for one. Paths are used as they are given.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace torvane {
+
+// The full path of the running executable, links not resolved; empty when the platform cannot tell.
+std::string ExecutableFile();
+
+// ExecutableFile() up to its last "/", that one excluded; unchanged when there is none.
+std::string ExecutableDirectory();
+
+// The folder of the user's application data, without a trailing "/"; empty when it does not exist
+// or its path takes more than 1023 bytes. Never created.
+std::string UserDataDirectory();
+
+// UserDataDirectory(), "/", org, "/" and name; empty when the user data directory is.
+std::string ApplicationDataDirectory(const std::string& org, const std::string& name);
+
+// True when anything is at path, a directory too. Links are followed: one to nowhere gives false.
+bool FileExists(const std::string& path);
+
+// True when path itself is a directory. Links are not followed: one to a directory gives false.
+bool DirectoryExists(const std::string& path);
+
+// Removes a file, or a link and not what it points to; false on failure and for a directory.
+bool DeleteFile(const std::string& path);
+
+// The names of all entries but "." and "..", in ascending byte order; empty on failure.
+std::vector<std::string> ListDirectory(const std::string& directory);
+
+// The names of ListDirectory that match the shell pattern. Letter case is ignored, "*" and "?"
+// match a leading dot, and a backslash is an ordinary character.
+std::vector<std::string> SearchDirectory(const std::string& directory, const std::string& pattern);
+
+// Creates the directory and its missing parents with the mode 0755 less the creation mask; false at
+// the first one that cannot be created. The path is taken as absolute, with or without a leading
+// "/". Whatever exists already is accepted, so true does not say that path is a directory.
+bool MakeDirectory(const std::string& path);
+
+// Stores the whole mode word, file type included, of what path leads to; on failure returns false
+// and leaves *mode alone.
+bool GetPermissions(const std::string& path, int* mode);
+
+// Applies the permission bits of mode (octal 07777) to what path leads to; false on failure.
+bool SetPermissions(const std::string& path, int mode);
+
+}  // namespace torvane

@@ -1,0 +1,16 @@
+// Starting other programs.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace torvane {
+
+// Starts the program at path as an independent process. It receives path and then arguments as its
+// argument vector, and environment followed by this process's own environment, duplicates kept.
+// False when no process could be created, or when the program is known after 1 millisecond not to
+// be executable; an empty marker file then stays in the temporary directory. Not thread-safe.
+bool SpawnProcess(const std::string& path, const std::vector<std::string>& arguments,
+                  const std::vector<std::string>& environment);
+
+}  // namespace torvane
