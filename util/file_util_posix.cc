@@ -68,7 +68,7 @@ bool MakeDirectory(const std::string& path) {
 bool GetPermissions(const std::string& path, int* mode) {
   struct stat info;
   if (stat(path.c_str(), &info) != 0) return false;
-  *mode = info.st_mode;
+  *mode = static_cast<int>(info.st_mode);
   return true;
 }
 

@@ -15,7 +15,7 @@ std::string AbsolutePathIn(const char* variable) {
 }
 
 std::string HomeDirectory() {
-  const std::string home = AbsolutePathIn("HOME");
+  std::string home = AbsolutePathIn("HOME");
   if (!home.empty()) return home;
   const passwd* user = getpwuid(getuid());
   return user != nullptr ? user->pw_dir : "";
