@@ -1,21 +1,31 @@
 #include "launcher/bootstrap.h"
 
+#include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <set>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
 #include "util/file_util.h"
 #include "util/process_util.h"
 
+namespace fs = std::filesystem;
+
 // Start-up initialisation takes the globals in this order, before main. newDataDirName asks the
 // platform for the user data directory and needs the names above it.
 namespace {
 
 const std::string orgName = "Torvane";
+const std::string oldOrgName = "Torvane, Inc.";
 const std::string dataDirName = "Torvane Odrel 2.2";
 const std::string newDataDirName = torvane::ApplicationDataDirectory(orgName, dataDirName);
+const std::string migratedFile = "migrated";
+
+const char* const oldDataDirNames[] = {"Torvane Odrel 2.0", "Torvane Odrel 2.1",
+                                       "Torvane Odrel 2.2", nullptr};
 
 }  // namespace
 
@@ -24,6 +34,147 @@ std::string fileToOpen;
 void SetFileToOpen(std::string path) { fileToOpen = std::move(path); }
 
 namespace {
+
+// True when two different system calls find nothing at path, links followed: one failed lookup is
+// no reason to replace a file.
+bool IsMissing(const std::string& path) {
+  int mode = 0;
+  return !torvane::FileExists(path) && !torvane::GetPermissions(path, &mode);
+}
+
+// Creates an empty file; writes a line and returns false when it cannot.
+bool Touch(const std::string& path) {
+  if (std::ofstream(path).is_open()) return true;
+  std::cerr << "Failed to touch \"" << path << "\"" << std::endl;
+  return false;
+}
+
+// Removes what a failed copy left at path, so that no later launch takes the part for the whole. A
+// link at path stays, and what it leads to goes.
+void RemovePart(const std::string& path) {
+  std::error_code error;
+  const fs::path file = fs::canonical(path, error);
+  if (fs::is_regular_file(file, error) && !torvane::DeleteFile(file))
+    std::cerr << "Failed to remove incomplete \"" << path << "\"" << std::endl;
+}
+
+// Copies the files below an old data directory into the application data directory, breadth first;
+// false when one could not be copied. A repeated migration leaves the files that are there already,
+// unless this launch has put them there: *copied lists the relative paths that it has.
+bool MigrateDirectory(const std::string& old, bool repeated, std::set<std::string>* copied) {
+  bool success = true;
+  std::vector<std::string> work = torvane::ListDirectory(old);
+  for (std::size_t k = 0; k < work.size(); ++k) {
+    const std::string relative = work[k];
+    const std::string source = old + "/" + relative;
+    if (torvane::DirectoryExists(source)) {
+      for (const std::string& name : torvane::ListDirectory(source))
+        work.push_back(relative + "/" + name);
+      continue;
+    }
+
+    const std::string destination = newDataDirName + "/" + relative;
+    std::error_code error;
+    if (repeated && copied->count(relative) == 0 && !IsMissing(destination) &&
+        !fs::is_directory(destination, error))
+      continue;
+    bool emptied = false;
+    if (torvane::CopyFile(source, destination, &emptied)) {
+      copied->insert(relative);
+      continue;
+    }
+    std::cerr << "Failed to copy \"" << source << "\" to \"" << destination << "\"" << std::endl;
+    if (emptied) RemovePart(destination);
+    success = false;
+  }
+  return success;
+}
+
+// Brings the data of earlier releases along. An old data directory that could not be marked as
+// migrated is remembered by an empty file in the application data directory: the application has
+// run by the time it is tried again.
+void MigrateUserData() {
+  constexpr int oldDataDirCount = 3;
+  std::set<std::string> copied;
+  for (int i = 0; i < oldDataDirCount; ++i) {
+    const std::string name = oldDataDirNames[i];
+    const std::string old = torvane::ApplicationDataDirectory(oldOrgName, name);
+    const std::string marker = old + "/" + migratedFile;
+    const std::string unmarked = newDataDirName + "/" + name + ".unmarked";
+    if (!torvane::DirectoryExists(old)) continue;
+
+    if (IsMissing(marker)) {
+      std::cout << "Migrating application data from \"" << old << "\" to \"" << newDataDirName
+                << "\"" << std::endl;
+      if (!MigrateDirectory(old, !IsMissing(unmarked), &copied) || !Touch(marker)) {
+        Touch(unmarked);
+        continue;
+      }
+    }
+    torvane::DeleteFile(unmarked);
+  }
+}
+
+// Moves the web storage of the old page origin to the place of the new one. The old file goes once
+// its bytes are at the new place and in the backup.
+void MigrateLocalStorage() {
+  const std::string source = newDataDirName + "/qrc__0.localstorage";
+  const std::string destination = newDataDirName + "/Local Storage/umop__0.localstorage";
+  const std::string backup = source + "_migrated";
+  if (!torvane::FileExists(source) || !IsMissing(destination)) return;
+
+  std::cout << "Migrating localStorage from \"" << source << "\" to \"" << destination << "\""
+            << std::endl;
+  bool emptied = false;
+  if (!torvane::CopyFile(source, destination, &emptied)) {
+    std::cerr << "Failed to migrate localStorage \"" << source << "\" to \"" << destination << "\""
+              << std::endl;
+    if (emptied) RemovePart(destination);
+    return;
+  }
+  if (!torvane::CopyFile(source, backup) || !torvane::DeleteFile(source))
+    std::cerr << "Failed to complete localStorage migration" << std::endl;
+}
+
+// Copies the bundle's app packages that the application data directory does not hold yet.
+void PrimeUmoFile() {
+  const std::string bundle = torvane::ExecutableDirectory();
+  const std::vector<std::string> packages = torvane::SearchDirectory(bundle, "mrd-*.umo");
+  if (packages.empty()) {
+    std::cerr << "Unable to find an Odrel app package to prime" << std::endl;
+    return;
+  }
+  for (const std::string& name : packages) {
+    const std::string destination = newDataDirName + "/" + name;
+    std::cerr << "Priming " << destination << std::endl;
+    if (torvane::FileExists(destination)) continue;
+
+    bool emptied = false;
+    if (torvane::CopyFile(bundle + "/" + name, destination, &emptied)) continue;
+    std::cerr << "Failed to prime Odrel app package \"" << name << "\"" << std::endl;
+    if (emptied) RemovePart(destination);
+  }
+}
+
+// Copies the bundle's greatest-named runtime, unless a directory of its name is there already.
+void PrimeVEKRuntime() {
+  const std::string bundle = torvane::ExecutableDirectory();
+  const std::vector<std::string> runtimes = torvane::SearchDirectory(bundle, "vek-*");
+  if (runtimes.empty()) {
+    std::cerr << "Unable to find a Vekara runtime to prime" << std::endl;
+    return;
+  }
+  const std::string source = bundle + "/" + runtimes.back();
+  const std::string destination = newDataDirName + "/runtime/" + runtimes.back();
+  if (torvane::DirectoryExists(destination)) return;
+
+  std::error_code error;
+  const bool isNew = fs::symlink_status(destination, error).type() == fs::file_type::not_found;
+  if (torvane::CopyDirectory(source, destination)) return;
+  std::cerr << "Failed to prime Vekara runtime \"" << source << "\"" << std::endl;
+  if (isNew && torvane::DirectoryExists(destination) && !torvane::DeleteDirectory(destination))
+    std::cerr << "Failed to remove incomplete \"" << destination << "\"" << std::endl;
+}
 
 // The name of the app package to load, the greatest that fits the version file; empty when none.
 std::string LatestOdrelUmoFile() {
@@ -74,6 +225,9 @@ int main(int argc, char** argv) {
   }
   std::cout << "Dianostics: ON" << std::endl;
 
+  MigrateUserData();
+  MigrateLocalStorage();
+  PrimeUmoFile();
   const std::string packageName = LatestOdrelUmoFile();
   if (packageName.empty()) {
     std::cerr << "Unable to find an Odrel app package on the system" << std::endl;
@@ -82,6 +236,7 @@ int main(int argc, char** argv) {
   const std::string package = newDataDirName + "/" + packageName;
   std::cout << "Loading Odrel package \"" << package << "\"" << std::endl;
 
+  PrimeVEKRuntime();
   const std::string runtime = LatestVEKRuntime();
   if (runtime.empty()) {
     std::cerr << "Unable to find a Vekara runtime on the system" << std::endl;

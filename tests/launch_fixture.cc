@@ -9,13 +9,11 @@
 #include <iterator>
 #include <thread>
 
-#include "util/string_util.h"
-
 namespace fs = std::filesystem;
 
 namespace {
 
-std::vector<char*> Pointers(const std::vector<std::string>& strings) {
+std::vector<char*> Pointers(const Strings& strings) {
   std::vector<char*> pointers;
   pointers.reserve(strings.size() + 1);
   for (const std::string& string : strings) pointers.push_back(const_cast<char*>(string.c_str()));
@@ -23,19 +21,13 @@ std::vector<char*> Pointers(const std::vector<std::string>& strings) {
   return pointers;
 }
 
-// Appends what can be read without waiting.
-void Drain(int pipe, std::string* text) {
-  char buffer[4096];
-  for (ssize_t count; (count = read(pipe, buffer, sizeof(buffer))) > 0;)
-    text->append(buffer, count);
-}
-
-std::vector<std::string> Recorded(const std::string& path) {
+Strings Recorded(const std::string& path) {
   for (int i = 0; i < 2000 && !fs::exists(path); ++i)
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
   EXPECT_TRUE(fs::exists(path)) << "the runtime was not started";
   const std::string content = ReadFile(path);
-  std::vector<std::string> pieces;
+  fs::remove(path);
+  Strings pieces;
   for (std::size_t start = 0, end; (end = content.find('\0', start)) != std::string::npos;
        start = end + 1)
     pieces.push_back(content.substr(start, end - start));
@@ -44,12 +36,16 @@ std::vector<std::string> Recorded(const std::string& path) {
 
 }  // namespace
 
+void MergeStreams() { dup2(1, 2); }
+
 LaunchTest::LaunchTest() {
   std::string name = (fs::temp_directory_path() / "odrel-test-XXXXXX").string();
   root = mkdtemp(name.data());
   bundle = root / "bundle";
   userData = root / "user data";
   data = userData + "/Torvane/Torvane Odrel 2.2";
+  for (const char* version : {"2.0", "2.1", "2.2"})
+    oldData.push_back(userData + "/Torvane, Inc./Torvane Odrel " + version);
   environment = {"XDG_DATA_HOME=" + userData};
   fs::create_directories(userData);
   fs::create_directories(bundle);
@@ -61,37 +57,23 @@ LaunchTest::~LaunchTest() {
   fs::remove_all(root, error);
 }
 
-Outcome LaunchTest::Launch(const std::vector<std::string>& arguments, bool merged,
-                           const std::function<void()>& prepare) {
-  std::vector<std::string> all = {bundle + "/odrel"};
+Outcome LaunchTest::Launch(const Strings& arguments, const std::function<void()>& prepare) {
+  Strings all = {bundle + "/odrel"};
   all.insert(all.end(), arguments.begin(), arguments.end());
   const std::vector<char*> argv = Pointers(all), envp = Pointers(environment);
-  int out[2], err[2];
-  EXPECT_EQ(0, pipe2(out, O_CLOEXEC) + pipe2(err, O_CLOEXEC));
+  const std::string out = root / "out", err = root / "err";
 
   const pid_t child = fork();
   if (child == 0) {
-    dup2(out[1], 1);
-    dup2(merged ? out[1] : err[1], 2);
+    dup2(open(out.c_str(), O_CREAT | O_TRUNC | O_WRONLY | O_APPEND | O_CLOEXEC, 0600), 1);
+    dup2(open(err.c_str(), O_CREAT | O_TRUNC | O_WRONLY | O_APPEND | O_CLOEXEC, 0600), 2);
     prepare();
     execve(argv[0], argv.data(), envp.data());
     _exit(127);
   }
-
-  fcntl(out[0], F_SETFL, O_NONBLOCK);
-  fcntl(err[0], F_SETFL, O_NONBLOCK);
-  Outcome outcome = {-1, "", ""};
   int status = 0;
-  while (waitpid(child, &status, WNOHANG) == 0) {
-    Drain(out[0], &outcome.out);
-    Drain(err[0], &outcome.err);
-    std::this_thread::sleep_for(std::chrono::microseconds(200));
-  }
-  Drain(out[0], &outcome.out);
-  Drain(err[0], &outcome.err);
-  for (const int end : {out[0], out[1], err[0], err[1]}) close(end);
-  if (WIFEXITED(status)) outcome.exitCode = WEXITSTATUS(status);
-  return outcome;
+  EXPECT_EQ(child, waitpid(child, &status, 0));
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFile(out), ReadFile(err)};
 }
 
 std::string LaunchTest::RuntimeExecutable(const std::string& runtime) {
@@ -104,16 +86,15 @@ void LaunchTest::AddRuntime(const std::string& runtime) {
   fs::copy_file(STAND_IN_RUNTIME, executable);
 }
 
-std::vector<std::string> LaunchTest::RecordedArguments(const std::string& path) {
+Strings LaunchTest::RecordedArguments(const std::string& path) {
   return Recorded(path + ".arguments");
 }
 
-std::vector<std::string> LaunchTest::RecordedEnvironment(const std::string& path) {
+Strings LaunchTest::RecordedEnvironment(const std::string& path) {
   return Recorded(path + ".environment");
 }
 
-std::vector<std::string> LaunchTest::CommandLine(const std::string& runtime,
-                                                 const std::string& package) const {
+Strings LaunchTest::CommandLine(const std::string& runtime, const std::string& package) const {
   return {RuntimeExecutable(runtime),
           "--umo-entry-url=umop:///index.html?production",
           "--umo-file=" + data + "/" + package,
@@ -131,4 +112,16 @@ void WriteFile(const std::string& path, const std::string& content) {
 std::string ReadFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
+}
+
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+std::map<std::string, std::string> Files(const std::string& directory) {
+  std::map<std::string, std::string> files;
+  for (const auto& entry : fs::recursive_directory_iterator(directory))
+    if (entry.is_regular_file())
+      files[fs::relative(entry.path(), directory)] = ReadFile(entry.path());
+  return files;
 }

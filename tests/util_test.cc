@@ -8,7 +8,6 @@
 #include "util/string_util.h"
 
 namespace fs = std::filesystem;
-using Strings = std::vector<std::string>;
 
 class UtilTest : public LaunchTest {};
 

@@ -1,5 +1,6 @@
 // Files, directories and the places where the launcher finds its own. A failed system call shows
-// only in the result; nothing here throws for one. Paths are used as they are given.
+// only in the result; nothing here throws for one. Paths are used as they are given. Only the two
+// copy functions write lines, to standard error, those of success included.
 #pragma once
 
 #include <string>
@@ -29,6 +30,10 @@ bool DirectoryExists(const std::string& path);
 // Removes a file, or a link and not what it points to; false on failure and for a directory.
 bool DeleteFile(const std::string& path);
 
+// Removes a directory with all that is below it, links themselves and not what they point to; false
+// at the first entry that cannot be removed. The depth is not limited by open files.
+bool DeleteDirectory(const std::string& path);
+
 // The names of all entries but "." and "..", in ascending byte order; empty on failure.
 std::vector<std::string> ListDirectory(const std::string& directory);
 
@@ -40,6 +45,18 @@ std::vector<std::string> SearchDirectory(const std::string& directory, const std
 // the first one that cannot be created. The path is taken as absolute, with or without a leading
 // "/". Whatever exists already is accepted, so true does not say that path is a directory.
 bool MakeDirectory(const std::string& path);
+
+// Copies the bytes and permission bits of what source leads to, creating missing parents of the
+// destination (taken as absolute) and replacing a file there. True only when every byte has reached
+// the file system. What a failed copy leaves stays: *emptied, if given, becomes true once the
+// destination was opened, and so created or emptied. A copy onto itself changes nothing.
+bool CopyFile(const std::string& source, const std::string& destination, bool* emptied = nullptr);
+
+// Copies every file below the directory source to the same relative path below destination, where
+// directories come into being only as parents of files. Links are read through, never entered; a
+// directory that cannot be listed counts as empty. False when source is no directory, and at the
+// first file that fails.
+bool CopyDirectory(const std::string& source, const std::string& destination);
 
 // Stores the whole mode word, file type included, of what path leads to; on failure returns false
 // and leaves *mode alone.

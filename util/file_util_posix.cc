@@ -1,9 +1,11 @@
 #include <dirent.h>
 #include <fnmatch.h>
+#include <ftw.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -18,6 +20,10 @@ int DirEntryFilter(const dirent* entry) {
   return std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0;
 }
 
+int RemoveEntry(const char* path, const struct stat* /*info*/, int /*type*/, FTW* /*position*/) {
+  return std::remove(path);
+}
+
 }  // namespace
 
 bool FileExists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
@@ -28,6 +34,11 @@ bool DirectoryExists(const std::string& path) {
 }
 
 bool DeleteFile(const std::string& path) { return unlink(path.c_str()) == 0; }
+
+bool DeleteDirectory(const std::string& path) {
+  constexpr int openDirectories = 16;
+  return nftw(path.c_str(), RemoveEntry, openDirectories, FTW_DEPTH | FTW_PHYS) == 0;
+}
 
 std::vector<std::string> ListDirectory(const std::string& directory) {
   std::vector<std::string> names;
