@@ -94,6 +94,9 @@ bool MigrateDirectory(const std::string& old, bool repeated, std::set<std::strin
 // migrated is remembered by an empty file in the application data directory: the application has
 // run by the time it is tried again.
 void MigrateUserData() {
+  // Unknown at start-up; the platform may know the old data directories by now all the same.
+  if (newDataDirName.empty()) return;
+
   constexpr int oldDataDirCount = 3;
   std::set<std::string> copied;
   for (int i = 0; i < oldDataDirCount; ++i) {
