@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/mac/bootstrap_mac.h"
 #include "util/file_util.h"
 #include "util/process_util.h"
 
@@ -221,6 +222,7 @@ std::vector<std::string> RuntimeArguments(const std::string& package, int argc, 
 }  // namespace
 
 int main(int argc, char** argv) {
+  PlatformSetup();
   if (!torvane::MakeDirectory(newDataDirName)) {
     std::cerr << "Failed to create Odrel app data directory \"" << newDataDirName << "\""
               << std::endl;

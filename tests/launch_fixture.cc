@@ -15,23 +15,9 @@ namespace {
 
 std::vector<char*> Pointers(const Strings& strings) {
   std::vector<char*> pointers;
-  pointers.reserve(strings.size() + 1);
   for (const std::string& string : strings) pointers.push_back(const_cast<char*>(string.c_str()));
   pointers.push_back(nullptr);
   return pointers;
-}
-
-Strings Recorded(const std::string& path) {
-  for (int i = 0; i < 2000 && !fs::exists(path); ++i)
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  EXPECT_TRUE(fs::exists(path)) << "the runtime was not started";
-  const std::string content = ReadFile(path);
-  fs::remove(path);
-  Strings pieces;
-  for (std::size_t start = 0, end; (end = content.find('\0', start)) != std::string::npos;
-       start = end + 1)
-    pieces.push_back(content.substr(start, end - start));
-  return pieces;
 }
 
 }  // namespace
@@ -52,23 +38,17 @@ LaunchTest::LaunchTest() {
   fs::copy_file(LAUNCHER, bundle + "/odrel");
 }
 
-LaunchTest::~LaunchTest() {
-  std::error_code error;
-  fs::remove_all(root, error);
-}
+LaunchTest::~LaunchTest() { fs::remove_all(root); }
 
-Outcome LaunchTest::Launch(const Strings& arguments, const std::function<void()>& prepare) {
-  Strings all = {bundle + "/odrel"};
-  all.insert(all.end(), arguments.begin(), arguments.end());
-  const std::vector<char*> argv = Pointers(all), envp = Pointers(environment);
+Outcome LaunchTest::Launch(Strings arguments, const std::function<void()>& prepare) {
+  arguments.insert(arguments.begin(), bundle + "/odrel");
   const std::string out = root / "out", err = root / "err";
-
   const pid_t child = fork();
   if (child == 0) {
-    dup2(open(out.c_str(), O_CREAT | O_TRUNC | O_WRONLY | O_APPEND | O_CLOEXEC, 0600), 1);
-    dup2(open(err.c_str(), O_CREAT | O_TRUNC | O_WRONLY | O_APPEND | O_CLOEXEC, 0600), 2);
+    dup2(creat(out.c_str(), 0600), 1);
+    dup2(creat(err.c_str(), 0600), 2);
     prepare();
-    execve(argv[0], argv.data(), envp.data());
+    execve(arguments[0].c_str(), Pointers(arguments).data(), Pointers(environment).data());
     _exit(127);
   }
   int status = 0;
@@ -76,32 +56,34 @@ Outcome LaunchTest::Launch(const Strings& arguments, const std::function<void()>
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFile(out), ReadFile(err)};
 }
 
-std::string LaunchTest::RuntimeExecutable(const std::string& runtime) {
+std::string LaunchTest::Executable(const std::string& runtime) {
   return runtime + "/Torvane Odrel.app/Contents/MacOS/Torvane Umo";
 }
 
 void LaunchTest::AddRuntime(const std::string& runtime) {
-  const fs::path executable = RuntimeExecutable(runtime);
-  fs::create_directories(executable.parent_path());
-  fs::copy_file(STAND_IN_RUNTIME, executable);
+  fs::create_directories(fs::path(Executable(runtime)).parent_path());
+  fs::copy_file(STAND_IN_RUNTIME, Executable(runtime));
 }
 
-Strings LaunchTest::RecordedArguments(const std::string& path) {
-  return Recorded(path + ".arguments");
-}
+void LaunchTest::ExpectStarted(const std::string& runtime, const std::string& package,
+                               const Strings& arguments) const {
+  Strings expected = {Executable(runtime),
+                      "--umo-entry-url=umop:///index.html?production",
+                      "--umo-file=" + data + "/" + package,
+                      "--umo-enable-logging",
+                      "--umo-log-level=0",
+                      "--odrel=" + bundle + "/odrel"};
+  expected.insert(expected.end(), arguments.begin(), arguments.end());
+  expected.emplace_back("--disable-accelerated-compositing");
+  expected.insert(expected.end(), environment.begin(), environment.end());
+  std::string pieces;
+  for (const std::string& piece : expected) pieces.append(piece).push_back('\0');
 
-Strings LaunchTest::RecordedEnvironment(const std::string& path) {
-  return Recorded(path + ".environment");
-}
-
-Strings LaunchTest::CommandLine(const std::string& runtime, const std::string& package) const {
-  return {RuntimeExecutable(runtime),
-          "--umo-entry-url=umop:///index.html?production",
-          "--umo-file=" + data + "/" + package,
-          "--umo-enable-logging",
-          "--umo-log-level=0",
-          "--odrel=" + bundle + "/odrel",
-          "--disable-accelerated-compositing"};
+  const std::string record = Executable(runtime) + ".record";
+  for (int i = 0; i < 2000 && !fs::exists(record); ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  EXPECT_EQ(pieces, ReadFile(record));
+  fs::remove(record);
 }
 
 void WriteFile(const std::string& path, const std::string& content) {
@@ -116,12 +98,4 @@ std::string ReadFile(const std::string& path) {
 
 bool Contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
-}
-
-std::map<std::string, std::string> Files(const std::string& directory) {
-  std::map<std::string, std::string> files;
-  for (const auto& entry : fs::recursive_directory_iterator(directory))
-    if (entry.is_regular_file())
-      files[fs::relative(entry.path(), directory)] = ReadFile(entry.path());
-  return files;
 }

@@ -1,12 +1,10 @@
-// Whole launches of the built program, each test with a bundle and a user data directory of its
-// own.
+// Whole launches of the built program, each test in a bundle and user data directory of its own.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <functional>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -17,29 +15,25 @@ struct Outcome {
   std::string out, err;
 };
 
-// For Outcome Launch(): both streams on one file, the lines of both in out.
-void MergeStreams();
+void MergeStreams();  // a prepare of Launch: the lines of both streams in Outcome::out
 
 class LaunchTest : public testing::Test {
  protected:
   LaunchTest();
   ~LaunchTest() override;
 
-  // Launches the launcher of the bundle and waits for it, not for the runtime. prepare runs in the
-  // new process before the launcher.
+  // Launches the bundle's launcher and waits for it, not for the runtime. prepare runs before it,
+  // in its process.
   Outcome Launch(
-      const Strings& arguments = {}, const std::function<void()>& prepare = [] {});
+      Strings arguments = {}, const std::function<void()>& prepare = [] {});
 
   // The path of the runtime executable in a runtime directory, and the stand-in copied there.
-  static std::string RuntimeExecutable(const std::string& runtime);
+  static std::string Executable(const std::string& runtime);
   static void AddRuntime(const std::string& runtime);
 
-  // What the stand-in at path was started with; waits for it to have been, and forgets it.
-  static Strings RecordedArguments(const std::string& path);
-  static Strings RecordedEnvironment(const std::string& path);
-
-  // What a runtime receives, without document and arguments.
-  Strings CommandLine(const std::string& runtime, const std::string& package) const;
+  // Waits for the stand-in to have been started, with the launcher's whole environment.
+  void ExpectStarted(const std::string& runtime, const std::string& package,
+                     const Strings& arguments = {}) const;
 
   std::filesystem::path root;
   std::string bundle, userData, data;  // data: the application data directory
@@ -50,6 +44,3 @@ class LaunchTest : public testing::Test {
 void WriteFile(const std::string& path, const std::string& content = "");  // with its parents
 std::string ReadFile(const std::string& path);                             // empty when missing
 bool Contains(const std::string& text, const std::string& part);
-
-// The content of every file below directory, by relative path.
-std::map<std::string, std::string> Files(const std::string& directory);

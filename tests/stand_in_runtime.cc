@@ -1,30 +1,22 @@
-// Stands in for the runtime: records what it was started with beside its own executable, as
-// NUL-terminated pieces. The record of the arguments comes last and complete, so a test may wait
-// for it. With the argument --linger it stays for a while.
+// Stands in for the runtime: records its arguments and its environment beside its own executable,
+// as NUL-terminated pieces. The record appears complete. With --linger it stays for a while.
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <string>
 
 extern char** environ;
 
-namespace {
-
-void Record(char** pieces, const std::string& path) {
-  {
-    std::ofstream file(path + ".part", std::ios::binary);
-    for (; *pieces != nullptr; ++pieces) file << *pieces << '\0';
-  }
-  std::rename((path + ".part").c_str(), path.c_str());
-}
-
-}  // namespace
-
 int main(int argc, char** argv) {
-  const std::string self = argv[0];
-  Record(environ, self + ".environment");
-  Record(argv, self + ".arguments");
+  const std::string record = std::string(argv[0]) + ".record";
+  {
+    std::ofstream file(record + ".part", std::ios::binary);
+    for (char** pieces : {argv, environ})
+      for (; *pieces != nullptr; ++pieces) file << *pieces << '\0';
+  }
+  std::rename((record + ".part").c_str(), record.c_str());
   for (int i = 1; i < argc; ++i)
-    if (std::string(argv[i]) == "--linger") sleep(5);
+    if (std::strcmp(argv[i], "--linger") == 0) sleep(5);
 }

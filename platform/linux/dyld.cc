@@ -1,20 +1,20 @@
+#include <limits.h>
 #include <mach-o/dyld.h>
+#include <unistd.h>
 
 #include <cstring>
-#include <filesystem>
-#include <string>
-#include <system_error>
 
 int _NSGetExecutablePath(char* buffer, std::uint32_t* size) {
-  std::error_code error;
-  const std::string path = std::filesystem::read_symlink("/proc/self/exe", error).string();
-  if (error) return 1;
+  char path[PATH_MAX];  // the kernel reports no longer one
+  const ssize_t length = readlink("/proc/self/exe", path, sizeof(path));
+  if (length < 0) return 1;
 
-  const std::size_t needed = path.size() + 1;
+  const auto needed = static_cast<std::uint32_t>(length) + 1;
   if (*size < needed) {
-    *size = static_cast<std::uint32_t>(needed);
+    *size = needed;
     return -1;
   }
-  std::memcpy(buffer, path.c_str(), needed);
+  std::memcpy(buffer, path, needed - 1);
+  buffer[needed - 1] = '\0';
   return 0;
 }
