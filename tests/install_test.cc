@@ -2,7 +2,6 @@
 #include <sys/resource.h>
 
 #include <csignal>
-#include <regex>
 
 #include "tests/launch_fixture.h"
 
@@ -37,34 +36,46 @@ TEST_F(InstallTest, CopyMissingOutOfOrderOrReportedWrongly) {
     WriteFile(bundle + file);
   std::string first = R"(Dianostics: ON
 Migrating application data from "@0" to "@A"
-copy @0/.b -> @A/.b
-copy @0/a/x -> @A/a/x
-copy @0/c/z -> @A/c/z
+copy @0/.b to @A/.b@
+copy @0/a/x to @A/a/x@
+copy @0/c/z to @A/c/z@
 Migrating application data from "@1" to "@A"
 Migrating application data from "@2" to "@A"
-copy @2/.b -> @A/.b
-copy @2/qrc__0.localstorage -> @A/qrc__0.localstorage
+copy @2/.b to @A/.b@
+copy @2/qrc__0.localstorage to @A/qrc__0.localstorage@
 Migrating localStorage from "@A/qrc__0.localstorage" to "@A/Local Storage/umop__0.localstorage"
-copy @A/qrc__0.localstorage -> @A/Local Storage/umop__0.localstorage
-copy @A/qrc__0.localstorage -> @A/qrc__0.localstorage_migrated
+copy @A/qrc__0.localstorage to @A/Local Storage/umop__0.localstorage@
+copy @A/qrc__0.localstorage to @A/qrc__0.localstorage_migrated@
 Priming @A/MRD-2.UMO
-copy @B/MRD-2.UMO -> @A/MRD-2.UMO
+copy @B/MRD-2.UMO to @A/MRD-2.UMO@
 Priming @A/mrd-1.umo
-copy @B/mrd-1.umo -> @A/mrd-1.umo
+copy @B/mrd-1.umo to @A/mrd-1.umo@
 Loading Odrel package "@A/mrd-1.umo"
-copy @B/vek-1/z -> @A/runtime/vek-1/z
-copy @B/vek-1/U/f -> @A/runtime/vek-1/U/f
-copy @B/vek-1@X -> @A/runtime/vek-1@X
+copy @B/vek-1/z to @A/runtime/vek-1/z@
+copy @B/vek-1/U/f to @A/runtime/vek-1/U/f@
+copy @B/vek-1@X to @A/runtime/vek-1@X@
 Loading Vekara at "@A/runtime/vek-1@X"
 )";
-  first = std::regex_replace(first, std::regex("copy (.*) -> (.*)"),
-                             "Attempt CopyFile from $1 to $2\nCopyFile success: 1");
-  const Strings words[] = {{"@A", data},       {"@B", bundle},     {"@X", Executable("")},
-                           {"@0", oldData[0]}, {"@1", oldData[1]}, {"@2", oldData[2]}};
-  for (const Strings& word : words) first = std::regex_replace(first, std::regex(word[0]), word[1]);
+  std::string second = R"(Dianostics: ON
+Priming @A/MRD-2.UMO
+Priming @A/mrd-1.umo
+Loading Odrel package "@A/mrd-1.umo"
+Loading Vekara at "@A/runtime/vek-1@X"
+)";
+  const Strings words[] = {{"@A", data},
+                           {"@B", bundle},
+                           {"@X", Executable("")},
+                           {"@0", oldData[0]},
+                           {"@1", oldData[1]},
+                           {"@2", oldData[2]},
+                           {"copy ", "Attempt CopyFile from "},
+                           {"@", "\nCopyFile success: 1"}};
+  for (std::string* lines : {&first, &second})
+    for (const Strings& word : words)
+      for (std::size_t at; (at = lines->find(word[0])) != std::string::npos;)
+        lines->replace(at, word[0].size(), word[1]);
   EXPECT_EQ(first, LaunchInstalled());
-  EXPECT_EQ(std::regex_replace(first, std::regex("(Migrating|Attempt|Copy).*\n"), ""),
-            LaunchInstalled());
+  EXPECT_EQ(second, LaunchInstalled());
   EXPECT_EQ("newest", ReadFile(data + "/.b"));
 }
 
