@@ -32,7 +32,7 @@ TEST_F(InstallTest, CopyMissingOutOfOrderOrReportedWrongly) {
   fs::create_directories(oldData[1] + "/empty");
   WriteFile(oldData[2] + "/.b", "newest");
   WriteFile(oldData[2] + "/qrc__0.localstorage", "storage");
-  for (const char* file : {"/MRD-2.UMO", "/vek-0/x", "/vek-1/z", "/vek-1/U/f"})
+  for (const char* file : {"/MRD-2.UMO", "/vek-0/x", "/vek-1/z", "/vek-1/U/V/W/X/f"})
     WriteFile(bundle + file);
   std::string first = R"(Dianostics: ON
 Migrating application data from "@0" to "@A"
@@ -52,7 +52,7 @@ Priming @A/mrd-1.umo
 copy @B/mrd-1.umo to @A/mrd-1.umo@
 Loading Odrel package "@A/mrd-1.umo"
 copy @B/vek-1/z to @A/runtime/vek-1/z@
-copy @B/vek-1/U/f to @A/runtime/vek-1/U/f@
+copy @B/vek-1/U/V/W/X/f to @A/runtime/vek-1/U/V/W/X/f@
 copy @B/vek-1@X to @A/runtime/vek-1@X@
 Loading Vekara at "@A/runtime/vek-1@X"
 )";
