@@ -5,8 +5,6 @@
 
 #include "tests/launch_fixture.h"
 
-namespace fs = std::filesystem;
-
 class InstallTest : public LaunchTest {
  protected:
   InstallTest() {

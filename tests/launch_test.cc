@@ -5,8 +5,6 @@
 
 #include "tests/launch_fixture.h"
 
-namespace fs = std::filesystem;
-
 class InstalledTest : public LaunchTest {
  protected:
   InstalledTest() {
@@ -117,7 +115,7 @@ TEST_F(InstalledTest, WrongRuntimeSelected) {
 }
 
 TEST_F(LaunchTest, DataDirectoryFoundElsewhereOrCreatedWhenUnknown) {
-  const std::string home = root / "home", share = home + "/.local/share";
+  const std::string home = root + "/home", share = home + "/.local/share";
   std::string longest = userData;
   while (longest.size() < 800) longest += "/" + std::string(150, 'u');
   longest += "/" + std::string(1022 - longest.size(), 'u');
