@@ -182,13 +182,14 @@ void PrimeVEKRuntime() {
 
 // The name of the app package to load, the greatest that fits the version file; empty when none.
 std::string LatestOdrelUmoFile() {
-  std::string versionFile = newDataDirName + "/version.txt";
-  if (!torvane::FileExists(versionFile))
-    versionFile = torvane::ExecutableDirectory() + "/version.txt";
-
   std::string version = "*";
-  std::ifstream file(versionFile);
-  if (file.is_open()) std::getline(file, version);
+  for (const std::string& directory : {newDataDirName, torvane::ExecutableDirectory()}) {
+    const std::string path = directory + "/version.txt";
+    if (!torvane::FileExists(path)) continue;
+    std::ifstream file(path);
+    if (file.is_open()) std::getline(file, version);
+    break;
+  }
 
   const std::vector<std::string> packages =
       torvane::SearchDirectory(newDataDirName, "mrd-" + version + ".umo");
