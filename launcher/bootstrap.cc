@@ -50,12 +50,13 @@ bool Touch(const std::string& path) {
   return false;
 }
 
-// Removes what a failed copy left at path, so that no later launch takes the part for the whole. A
-// link at path stays, and what it leads to goes.
+// Removes the file or directory that a failed copy left at path, so that no later launch takes the
+// part for the whole. A link at path stays, and what it leads to goes.
 void RemovePart(const std::string& path) {
   std::error_code error;
-  const fs::path file = fs::canonical(path, error);
-  if (fs::is_regular_file(file, error) && !torvane::DeleteFile(file))
+  const fs::path part = fs::canonical(path, error);
+  const bool removable = fs::is_regular_file(part, error) || fs::is_directory(part, error);
+  if (removable && !torvane::DeleteTree(part))
     std::cerr << "Failed to remove incomplete \"" << path << "\"" << std::endl;
 }
 
@@ -176,8 +177,7 @@ void PrimeVEKRuntime() {
   const bool isNew = fs::symlink_status(destination, error).type() == fs::file_type::not_found;
   if (torvane::CopyDirectory(source, destination)) return;
   std::cerr << "Failed to prime Vekara runtime \"" << source << "\"" << std::endl;
-  if (isNew && torvane::DirectoryExists(destination) && !torvane::DeleteDirectory(destination))
-    std::cerr << "Failed to remove incomplete \"" << destination << "\"" << std::endl;
+  if (isNew) RemovePart(destination);
 }
 
 // The name of the app package to load, the greatest that fits the version file; empty when none.

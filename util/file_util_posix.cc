@@ -35,7 +35,7 @@ bool DirectoryExists(const std::string& path) {
 
 bool DeleteFile(const std::string& path) { return unlink(path.c_str()) == 0; }
 
-bool DeleteDirectory(const std::string& path) {
+bool DeleteTree(const std::string& path) {
   constexpr int openDirectories = 16;
   return nftw(path.c_str(), RemoveEntry, openDirectories, FTW_DEPTH | FTW_PHYS) == 0;
 }
