@@ -31,7 +31,8 @@ bool DirectoryExists(const std::string& path);
 bool DeleteFile(const std::string& path);
 
 // Removes a file, or a directory with all that is below it, links themselves and not what they
-// point to; false at the first entry that cannot be removed. The depth is not limited by open files.
+// point to; false at the first entry that cannot be removed. The depth is not limited by open
+// files.
 bool DeleteTree(const std::string& path);
 
 // The names of all entries but "." and "..", in ascending byte order; empty on failure.
