@@ -60,6 +60,16 @@ void RemovePart(const std::string& path) {
     std::cerr << "Failed to remove incomplete \"" << path << "\"" << std::endl;
 }
 
+// Copies one file; when that fails, writes the failure line, leaves no part behind, returns false.
+bool CopyWhole(const std::string& source, const std::string& destination,
+               const std::string& failure) {
+  bool emptied = false;
+  if (torvane::CopyFile(source, destination, &emptied)) return true;
+  std::cerr << failure << std::endl;
+  if (emptied) RemovePart(destination);
+  return false;
+}
+
 // Copies the files below an old data directory into the application data directory, breadth first;
 // false when one could not be copied. A repeated migration leaves the files that are there already,
 // unless this launch has put them there: *copied lists the relative paths that it has.
@@ -76,18 +86,17 @@ bool MigrateDirectory(const std::string& old, bool repeated, std::set<std::strin
     }
 
     const std::string destination = newDataDirName + "/" + relative;
+    // A directory in the place of the file is not the file: the copy is tried, and its failure
+    // told.
     std::error_code error;
     if (repeated && copied->count(relative) == 0 && !IsMissing(destination) &&
         !fs::is_directory(destination, error))
       continue;
-    bool emptied = false;
-    if (torvane::CopyFile(source, destination, &emptied)) {
+    if (CopyWhole(source, destination,
+                  "Failed to copy \"" + source + "\" to \"" + destination + "\""))
       copied->insert(relative);
-      continue;
-    }
-    std::cerr << "Failed to copy \"" << source << "\" to \"" << destination << "\"" << std::endl;
-    if (emptied) RemovePart(destination);
-    success = false;
+    else
+      success = false;
   }
   return success;
 }
@@ -130,13 +139,9 @@ void MigrateLocalStorage() {
 
   std::cout << "Migrating localStorage from \"" << source << "\" to \"" << destination << "\""
             << std::endl;
-  bool emptied = false;
-  if (!torvane::CopyFile(source, destination, &emptied)) {
-    std::cerr << "Failed to migrate localStorage \"" << source << "\" to \"" << destination << "\""
-              << std::endl;
-    if (emptied) RemovePart(destination);
+  if (!CopyWhole(source, destination,
+                 "Failed to migrate localStorage \"" + source + "\" to \"" + destination + "\""))
     return;
-  }
   if (!torvane::CopyFile(source, backup) || !torvane::DeleteFile(source))
     std::cerr << "Failed to complete localStorage migration" << std::endl;
 }
@@ -152,12 +157,9 @@ void PrimeUmoFile() {
   for (const std::string& name : packages) {
     const std::string destination = newDataDirName + "/" + name;
     std::cerr << "Priming " << destination << std::endl;
-    if (torvane::FileExists(destination)) continue;
-
-    bool emptied = false;
-    if (torvane::CopyFile(bundle + "/" + name, destination, &emptied)) continue;
-    std::cerr << "Failed to prime Odrel app package \"" << name << "\"" << std::endl;
-    if (emptied) RemovePart(destination);
+    if (!torvane::FileExists(destination))
+      CopyWhole(bundle + "/" + name, destination,
+                "Failed to prime Odrel app package \"" + name + "\"");
   }
 }
 

@@ -85,6 +85,8 @@ TEST_F(InstallTest, RepeatedMigrationReplacesWhatTheApplicationWrote) {
   WriteFile(oldData[0] + "/file", "old");
   WriteFile(oldData[2] + "/file", "newer");
   for (const std::string& link : {broken, marker}) fs::create_symlink("nowhere", link);
+  WriteFile(oldData[1] + "/occupied");
+  fs::create_directories(data + "/occupied");  // a directory in the place of the file
   LaunchInstalled();
   EXPECT_EQ("newer", ReadFile(file));
 
@@ -94,6 +96,7 @@ TEST_F(InstallTest, RepeatedMigrationReplacesWhatTheApplicationWrote) {
                        "dest state: fail 0 bad 0\nFailed to copy \"" +
                            broken + "\" to \"" + data + "/broken\"\n"));
   EXPECT_EQ("application's", ReadFile(file));
+  EXPECT_FALSE(fs::exists(oldData[1] + "/migrated"));
 
   // Both complete in one launch: the newer release's copy stays.
   for (const std::string& link : {broken, marker}) fs::remove(link);

@@ -54,13 +54,13 @@ TEST_F(InstalledTest, LauncherWaitsForTheRuntime) {
 TEST_F(InstalledTest, FailedStartGoesUnnoticed) {
   fs::remove(Executable(runtime));
   fs::create_directory(Executable(runtime));
-  Outcome outcome = {0, "", ""};  // the launcher may miss the failure when the child is slow
-  for (int i = 0; i < 50 && outcome.exitCode == 0; ++i) outcome = Launch();
-  EXPECT_EQ(3, outcome.exitCode);
-  EXPECT_EQ(
-      "Unable to find an Odrel app package to prime\n"
-      "Unable to find a Vekara runtime to prime\nFailed to launch Torvane Odrel\n",
-      outcome.err);
+  int noticed = 0;  // a slow child may fail after the launcher has looked
+  for (int i = 0; i < 20; ++i) {
+    const Outcome outcome = Launch();
+    if (outcome.exitCode == 3) ++noticed;
+    EXPECT_EQ(outcome.exitCode == 3, Contains(outcome.err, "Failed to launch Torvane Odrel\n"));
+  }
+  EXPECT_GE(noticed, 10);
 }
 
 TEST_F(InstalledTest, WrongPackageSelected) {

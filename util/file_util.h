@@ -50,7 +50,8 @@ bool MakeDirectory(const std::string& path);
 // Copies the bytes and permission bits of what source leads to, creating missing parents of the
 // destination (taken as absolute) and replacing a file there. True only when every byte has reached
 // the file system. What a failed copy leaves stays: *emptied, if given, becomes true once the
-// destination was opened, and so created or emptied. A copy onto itself changes nothing.
+// destination was opened, and so created or emptied. A copy onto itself succeeds and changes
+// nothing.
 bool CopyFile(const std::string& source, const std::string& destination, bool* emptied = nullptr);
 
 // Copies every file below the directory source to the same relative path below destination, where
