@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <map>
 #include <set>
 #include <string>
 #include <system_error>
@@ -24,6 +25,7 @@ const std::string oldOrgName = "Torvane, Inc.";
 const std::string dataDirName = "Torvane Odrel 2.2";
 const std::string newDataDirName = torvane::ApplicationDataDirectory(orgName, dataDirName);
 const std::string migratedFile = "migrated";
+const std::string copyNotes = newDataDirName + "/.copying";
 
 const char* const oldDataDirNames[] = {"Torvane Odrel 2.0", "Torvane Odrel 2.1",
                                        "Torvane Odrel 2.2", nullptr};
@@ -36,11 +38,10 @@ void SetFileToOpen(std::string path) { fileToOpen = std::move(path); }
 
 namespace {
 
-// True when two different system calls find nothing at path, links followed: one failed lookup is
-// no reason to replace a file.
+// True when nothing is at path, links followed; false also when that cannot be told.
 bool IsMissing(const std::string& path) {
-  int mode = 0;
-  return !torvane::FileExists(path) && !torvane::GetPermissions(path, &mode);
+  std::error_code error;
+  return fs::status(path, error).type() == fs::file_type::not_found;
 }
 
 // Creates an empty file; writes a line and returns false when it cannot.
@@ -63,11 +64,24 @@ void RemovePart(const std::string& path) {
 // Copies one file; when that fails, writes the failure line, leaves no part behind, returns false.
 bool CopyWhole(const std::string& source, const std::string& destination,
                const std::string& failure) {
-  bool emptied = false;
-  if (torvane::CopyFile(source, destination, &emptied)) return true;
+  bool incomplete = false;
+  if (torvane::CopyFile(source, destination, &incomplete)) return true;
   std::cerr << failure << std::endl;
-  if (emptied) RemovePart(destination);
+  if (incomplete) RemovePart(destination);
   return false;
+}
+
+// False, with a line, when what was written to the file or below the directory may be lost.
+bool IsOnDisk(const std::string& path) {
+  if (torvane::Flush(path)) return true;
+  std::cerr << "Failed to write \"" << path << "\" to the disk" << std::endl;
+  return false;
+}
+
+// Ends the notes of the copies under way, and removes these copies unless keep is true.
+void EndCopies(bool keep) {
+  if (!torvane::EndCopies(copyNotes, keep))
+    std::cerr << "Failed to remove what \"" << copyNotes << "\" notes" << std::endl;
 }
 
 // Copies the files below an old data directory into the application data directory, breadth first;
@@ -86,12 +100,13 @@ bool MigrateDirectory(const std::string& old, bool repeated, std::set<std::strin
     }
 
     const std::string destination = newDataDirName + "/" + relative;
-    // A directory in the place of the file is not the file: the copy is tried, and its failure
-    // told.
-    std::error_code error;
-    if (repeated && copied->count(relative) == 0 && !IsMissing(destination) &&
-        !fs::is_directory(destination, error))
-      continue;
+    if (repeated) {
+      const bool isNew = IsMissing(destination) || copied->count(relative) != 0;
+      // A directory in the place of the file is not the file: the copy is tried, and its failure
+      // told.
+      if (!isNew && !torvane::DirectoryExists(destination)) continue;
+      if (isNew) torvane::NoteCopy(copyNotes, destination);
+    }
     if (CopyWhole(source, destination,
                   "Failed to copy \"" + source + "\" to \"" + destination + "\""))
       copied->insert(relative);
@@ -101,31 +116,47 @@ bool MigrateDirectory(const std::string& old, bool repeated, std::set<std::strin
   return success;
 }
 
-// Brings the data of earlier releases along. An old data directory that could not be marked as
-// migrated is remembered by an empty file in the application data directory: the application has
-// run by the time it is tried again.
+// The empty file that remembers an old data directory that could not be marked as migrated: the
+// application has run by the time it is tried again.
+std::string UnmarkedFile(const std::string& name) {
+  return newDataDirName + "/" + name + ".unmarked";
+}
+
+// Brings the data of earlier releases along. The directories are marked together in the end: what a
+// killed launch has copied from one of them must not keep the newer file of another from its place.
 void MigrateUserData() {
   // Unknown at start-up; the platform may know the old data directories by now all the same.
   if (newDataDirName.empty()) return;
 
   constexpr int oldDataDirCount = 3;
   std::set<std::string> copied;
+  std::map<std::string, bool> successes;  // of the migrations, by the old data directory's name
   for (int i = 0; i < oldDataDirCount; ++i) {
     const std::string name = oldDataDirNames[i];
     const std::string old = torvane::ApplicationDataDirectory(oldOrgName, name);
     const std::string marker = old + "/" + migratedFile;
-    const std::string unmarked = newDataDirName + "/" + name + ".unmarked";
     if (!torvane::DirectoryExists(old)) continue;
-
-    if (IsMissing(marker)) {
-      std::cout << "Migrating application data from \"" << old << "\" to \"" << newDataDirName
-                << "\"" << std::endl;
-      if (!MigrateDirectory(old, !IsMissing(unmarked), &copied) || !Touch(marker)) {
-        Touch(unmarked);
-        continue;
-      }
+    if (torvane::FileExists(marker)) {
+      torvane::DeleteFile(UnmarkedFile(name));
+      continue;
     }
-    torvane::DeleteFile(unmarked);
+
+    std::cout << "Migrating application data from \"" << old << "\" to \"" << newDataDirName << "\""
+              << std::endl;
+    // When it cannot be told whether the marker is there, nothing is replaced either.
+    const bool repeated = !IsMissing(marker) || !IsMissing(UnmarkedFile(name));
+    successes[name] = MigrateDirectory(old, repeated, &copied);
+  }
+  if (successes.empty()) return;
+
+  const bool onDisk = IsOnDisk(newDataDirName);
+  EndCopies(onDisk);
+  for (const auto& [name, success] : successes) {
+    const std::string old = torvane::ApplicationDataDirectory(oldOrgName, name);
+    if (success && onDisk && Touch(old + "/" + migratedFile))
+      torvane::DeleteFile(UnmarkedFile(name));
+    else
+      Touch(UnmarkedFile(name));
   }
 }
 
@@ -139,11 +170,15 @@ void MigrateLocalStorage() {
 
   std::cout << "Migrating localStorage from \"" << source << "\" to \"" << destination << "\""
             << std::endl;
-  if (!CopyWhole(source, destination,
-                 "Failed to migrate localStorage \"" + source + "\" to \"" + destination + "\""))
-    return;
-  if (!torvane::CopyFile(source, backup) || !torvane::DeleteFile(source))
+  torvane::NoteCopy(copyNotes, destination);
+  const bool copied =
+      CopyWhole(source, destination,
+                "Failed to migrate localStorage \"" + source + "\" to \"" + destination + "\"");
+  const bool keep = IsOnDisk(destination);
+  if (copied && (!keep || !torvane::CopyFile(source, backup) || !IsOnDisk(backup) ||
+                 !torvane::RemoveSource(copyNotes, source)))
     std::cerr << "Failed to complete localStorage migration" << std::endl;
+  EndCopies(keep);
 }
 
 // Copies the bundle's app packages that the application data directory does not hold yet.
@@ -157,9 +192,11 @@ void PrimeUmoFile() {
   for (const std::string& name : packages) {
     const std::string destination = newDataDirName + "/" + name;
     std::cerr << "Priming " << destination << std::endl;
-    if (!torvane::FileExists(destination))
-      CopyWhole(bundle + "/" + name, destination,
-                "Failed to prime Odrel app package \"" + name + "\"");
+    if (torvane::FileExists(destination)) continue;
+    if (IsMissing(destination)) torvane::NoteCopy(copyNotes, destination);
+    CopyWhole(bundle + "/" + name, destination,
+              "Failed to prime Odrel app package \"" + name + "\"");
+    EndCopies(IsOnDisk(destination));
   }
 }
 
@@ -175,11 +212,14 @@ void PrimeVEKRuntime() {
   const std::string destination = newDataDirName + "/runtime/" + runtimes.back();
   if (torvane::DirectoryExists(destination)) return;
 
-  std::error_code error;
-  const bool isNew = fs::symlink_status(destination, error).type() == fs::file_type::not_found;
-  if (torvane::CopyDirectory(source, destination)) return;
-  std::cerr << "Failed to prime Vekara runtime \"" << source << "\"" << std::endl;
-  if (isNew) RemovePart(destination);
+  const bool isNew = IsMissing(destination);
+  if (isNew) torvane::NoteCopy(copyNotes, destination);
+  const bool copied = torvane::CopyDirectory(source, destination);
+  if (!copied) {
+    std::cerr << "Failed to prime Vekara runtime \"" << source << "\"" << std::endl;
+    if (isNew) RemovePart(destination);
+  }
+  EndCopies(!copied || IsOnDisk(newDataDirName));
 }
 
 // The name of the app package to load, the greatest that fits the version file; empty when none.
@@ -225,12 +265,15 @@ std::vector<std::string> RuntimeArguments(const std::string& package, int argc, 
 }  // namespace
 
 int main(int argc, char** argv) {
+  torvane::IgnoreClosedPipes();
   PlatformSetup();
   if (!torvane::MakeDirectory(newDataDirName)) {
     std::cerr << "Failed to create Odrel app data directory \"" << newDataDirName << "\""
               << std::endl;
     return 1;
   }
+  torvane::LockDirectory(newDataDirName);
+  EndCopies(false);  // those of a launch that was killed
   std::cout << "Dianostics: ON" << std::endl;
 
   MigrateUserData();

@@ -1,13 +1,75 @@
 #include "util/file_util.h"
 
+#include <cstdint>
+#include <cstdio>
 #include <deque>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <system_error>
 #include <utility>
 
+namespace fs = std::filesystem;
+
 namespace torvane {
+
+namespace {
+
+// Copies the link itself. It takes the place of a file or a link, not of a directory.
+bool CopyLink(const std::string& source, const std::string& destination) {
+  std::error_code error;
+  const fs::path target = fs::read_symlink(source, error);
+  if (error) return false;
+  if (fs::read_symlink(destination, error) == target) return true;
+  DeleteFile(destination);
+  fs::create_symlink(target, destination, error);
+  return !error;
+}
+
+// Moves the bytes and closes both streams. True when every byte of the source has reached the file
+// system. The streams' flags alone do not tell: an empty source sets one, a read error may not.
+bool Transfer(const std::string& source, std::ifstream* in, std::ofstream* out) {
+  *out << in->rdbuf();
+  out->clear();
+  const std::streamoff read = in->tellg();
+  const std::streamoff written = out->tellp();
+  in->close();
+  out->close();
+  std::error_code error;
+  const std::uintmax_t size = fs::file_size(source, error);
+  return out->good() && !error && read == written && static_cast<std::uintmax_t>(read) == size;
+}
+
+void ReportUnopened(const std::string& source, const std::ifstream& in,
+                    const std::string& destination, const std::ofstream& out) {
+  std::cerr << "failed copy " << source << " to " << destination << std::endl;
+  std::cerr << "src good: " << in.good() << " dest good: " << out.good() << std::endl;
+  std::cerr << "src state: fail " << in.fail() << " bad " << in.bad() << std::endl;
+  std::cerr << "dest state: fail " << out.fail() << " bad " << out.bad() << std::endl;
+}
+
+bool ReportOutcome(bool complete) {
+  std::cerr << "CopyFile success: " << complete << std::endl;
+  return complete;
+}
+
+// Lies among the notes once their copies are whole. Its name comes after all of theirs, so that it
+// is the last to go.
+const char* const removedSource = "/source";
+
+// Removes the file or directory that the note leads to. A link in its place is not what the copy
+// was making, and stays.
+bool RemoveNoted(const fs::path& notes, const std::string& note) {
+  std::error_code error;
+  const fs::path part = notes / fs::read_symlink(note, error);
+  if (error) return false;
+  const fs::file_type type = fs::symlink_status(part, error).type();
+  if (type == fs::file_type::regular || type == fs::file_type::directory) return DeleteTree(part);
+  return type != fs::file_type::none;
+}
+
+}  // namespace
 
 std::string ExecutableDirectory() {
   const std::string file = ExecutableFile();
@@ -20,7 +82,7 @@ std::string ApplicationDataDirectory(const std::string& org, const std::string& 
   return userData + "/" + org + "/" + name;
 }
 
-bool CopyFile(const std::string& source, const std::string& destination, bool* emptied) {
+bool CopyFile(const std::string& source, const std::string& destination, bool* incomplete) {
   const std::size_t slash = destination.rfind('/');
   if (slash != std::string::npos) {
     const std::string parent = destination.substr(0, slash);
@@ -32,43 +94,33 @@ bool CopyFile(const std::string& source, const std::string& destination, bool* e
 
   std::cerr << "Attempt CopyFile from " << source << " to " << destination << std::endl;
   std::error_code error;
-  if (std::filesystem::equivalent(source, destination, error)) {
-    // Opening the destination would empty the source.
-    std::cerr << "CopyFile success: 1" << std::endl;
-    return true;
-  }
+  if (fs::is_symlink(source, error) && fs::is_directory(source, error))
+    return ReportOutcome(CopyLink(source, destination));
 
-  std::ifstream in(source, std::ios::binary);
+  std::ifstream in;
+  if (fs::is_regular_file(source, error))
+    in.open(source, std::ios::binary);
+  else
+    in.setstate(std::ios::failbit);
+  // Opening the source itself as the destination would empty it.
+  if (in.is_open() && fs::equivalent(source, destination, error)) return ReportOutcome(true);
+
   std::ofstream out;
-  if (in.is_open()) out.open(destination, std::ios::binary | std::ios::trunc);
+  if (in.is_open()) OpenPrivate(destination, &out);
   if (!out.is_open()) {
-    if (in.is_open()) in.close();
-    std::cerr << "failed copy " << source << " to " << destination << std::endl;
-    std::cerr << "src good: " << in.good() << " dest good: " << out.good() << std::endl;
-    std::cerr << "src state: fail " << in.fail() << " bad " << in.bad() << std::endl;
-    std::cerr << "dest state: fail " << out.fail() << " bad " << out.bad() << std::endl;
+    in.close();
+    ReportUnopened(source, in, destination, out);
     return false;
   }
-  if (emptied != nullptr) *emptied = true;
 
-  out << in.rdbuf();
-  // The insertion fails when it had nothing to insert, and is silent after a short write. The copy
-  // is complete when the source has no more to give and nothing is left in the stream's buffer.
-  out.clear();
-  out.flush();
-  const bool samePosition = in.tellg() == out.tellp();
-  const bool atEnd = in.peek() == std::ifstream::traits_type::eof() && !in.bad();
-  in.close();
-  out.close();
-  const bool complete = samePosition && atEnd && out.good();
-
+  const bool complete = Transfer(source, &in, &out);
+  if (incomplete != nullptr) *incomplete = !complete;
   int mode = 0;
   if (GetPermissions(source, &mode) && !SetPermissions(destination, mode)) {
     std::cerr << "failed during permissions xfer" << std::endl;
     return false;
   }
-  std::cerr << "CopyFile success: " << complete << std::endl;
-  return complete;
+  return ReportOutcome(complete);
 }
 
 bool CopyDirectory(const std::string& source, const std::string& destination) {
@@ -91,6 +143,30 @@ bool CopyDirectory(const std::string& source, const std::string& destination) {
     }
   }
   return true;
+}
+
+void NoteCopy(const std::string& notes, const std::string& path) {
+  std::error_code error;
+  fs::create_directory(notes, error);
+  fs::create_symlink(fs::path(path).lexically_relative(notes),
+                     notes + "/" + std::to_string(std::hash<std::string>{}(path)), error);
+}
+
+bool RemoveSource(const std::string& notes, const std::string& source) {
+  return std::rename(source.c_str(), (notes + removedSource).c_str()) == 0;
+}
+
+bool EndCopies(const std::string& notes, bool keep) {
+  if (!DirectoryExists(notes)) return true;
+  std::error_code error;
+  if (fs::symlink_status(notes + removedSource, error).type() != fs::file_type::not_found)
+    keep = true;
+  bool ended = true;
+  for (const std::string& name : ListDirectory(notes)) {
+    const std::string note = notes + "/" + name;
+    ended = (keep || RemoveNoted(notes, note)) && DeleteFile(note) && ended;
+  }
+  return fs::remove(notes, error) && ended;
 }
 
 }  // namespace torvane

@@ -3,6 +3,7 @@
 // copy functions write lines, to standard error, those of success included.
 #pragma once
 
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -47,17 +48,22 @@ std::vector<std::string> SearchDirectory(const std::string& directory, const std
 // "/". Whatever exists already is accepted, so true does not say that path is a directory.
 bool MakeDirectory(const std::string& path);
 
-// Copies the bytes and permission bits of what source leads to, creating missing parents of the
-// destination (taken as absolute) and replacing a file there. True only when every byte has reached
-// the file system. What a failed copy leaves stays: *emptied, if given, becomes true once the
-// destination was opened, and so created or emptied. A copy onto itself succeeds and changes
-// nothing.
-bool CopyFile(const std::string& source, const std::string& destination, bool* emptied = nullptr);
+// Opens the stream on the file that path leads to, created or emptied, for its owner alone: with the
+// mode 0600.
+void OpenPrivate(const std::string& path, std::ofstream* stream);
+
+// Copies the bytes and permission bits of a file, links followed, creating missing parents of the
+// destination (taken as absolute) and replacing a file there. A link to a directory is copied as a
+// link; anything else but a file fails and is not opened. True only when every byte has reached the
+// file system. What a failed copy leaves stays: *incomplete, if given, becomes true when that is a
+// part of the file. A copy onto itself succeeds and changes nothing.
+bool CopyFile(const std::string& source, const std::string& destination,
+              bool* incomplete = nullptr);
 
 // Copies every file below the directory source to the same relative path below destination, where
-// directories come into being only as parents of files. Links are read through, never entered; a
-// directory that cannot be listed counts as empty. False when source is no directory, and at the
-// first file that fails.
+// directories come into being only as parents of files. Links are never entered; a directory that
+// cannot be listed counts as empty. False when source is no directory, and at the first file that
+// fails.
 bool CopyDirectory(const std::string& source, const std::string& destination);
 
 // Stores the whole mode word, file type included, of what path leads to; on failure returns false
@@ -66,5 +72,25 @@ bool GetPermissions(const std::string& path, int* mode);
 
 // Applies the permission bits of mode (octal 07777) to what path leads to; false on failure.
 bool SetPermissions(const std::string& path, int mode);
+
+// Waits until what was written to a file, or to the whole file system of a directory, is on the
+// disk; true then, and when nothing is at path. Links are followed.
+bool Flush(const std::string& path);
+
+// Notes that path, where nothing is yet, is about to be made: until EndCopies a symbolic link in
+// the directory notes leads there. Both paths are absolute; notes is created when missing.
+void NoteCopy(const std::string& notes, const std::string& path);
+
+// Removes a file that has been copied, and has EndCopies keep all noted copies from now on, in one
+// step: a killed process leaves both done or neither. False when the file stays.
+bool RemoveSource(const std::string& notes, const std::string& source);
+
+// Removes all notes, and before them, unless keep is true, the files and directories that they lead
+// to. False when something could not be removed; its note stays.
+bool EndCopies(const std::string& notes, bool keep);
+
+// Waits until no other process holds the directory, then holds it for the rest of this process,
+// programs that it starts excluded. Returns at once where the file system has no locks.
+void LockDirectory(const std::string& path);
 
 }  // namespace torvane

@@ -1,6 +1,8 @@
 #include <dirent.h>
+#include <fcntl.h>
 #include <fnmatch.h>
 #include <ftw.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 
 #include "util/file_util.h"
 #include "util/string_util.h"
@@ -23,6 +26,14 @@ int DirEntryFilter(const dirent* entry) {
 int RemoveEntry(const char* path, const struct stat* /*info*/, int /*type*/, FTW* /*position*/) {
   return std::remove(path);
 }
+
+#ifdef __APPLE__
+// macOS cannot flush one file system alone.
+int syncfs(int /*file*/) {
+  sync();
+  return 0;
+}
+#endif
 
 }  // namespace
 
@@ -85,6 +96,30 @@ bool GetPermissions(const std::string& path, int* mode) {
 
 bool SetPermissions(const std::string& path, int mode) {
   return chmod(path.c_str(), static_cast<mode_t>(mode)) == 0;
+}
+
+void OpenPrivate(const std::string& path, std::ofstream* stream) {
+  const mode_t mask = umask(077);
+  stream->open(path, std::ios::binary | std::ios::trunc);
+  umask(mask);
+  int mode = 0;  // of a file that was there before, perhaps
+  if (stream->is_open() && GetPermissions(path, &mode) && (mode & 077) != 0)
+    SetPermissions(path, 0600);
+}
+
+bool Flush(const std::string& path) {
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (file < 0) return errno == ENOENT || errno == ENOTDIR;
+  struct stat info;
+  const bool flushed =
+      fstat(file, &info) == 0 && (S_ISDIR(info.st_mode) ? syncfs(file) : fsync(file)) == 0;
+  close(file);
+  return flushed;
+}
+
+void LockDirectory(const std::string& path) {
+  const int directory = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (directory >= 0) flock(directory, LOCK_EX);
 }
 
 }  // namespace torvane

@@ -6,6 +6,10 @@
 
 namespace torvane {
 
+// From now on a write to a closed pipe fails instead of ending this process. Programs that it
+// starts get the disposition of SIGPIPE that it had before.
+void IgnoreClosedPipes();
+
 // Starts the program at path as an independent process. It receives path and then arguments as its
 // argument vector, and environment followed by this process's own environment, duplicates kept.
 // False when no process could be created, or when the program is known after 1 millisecond not to

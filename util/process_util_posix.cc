@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
@@ -18,7 +19,14 @@ void AppendPointers(const std::vector<std::string>& strings, std::vector<char*>*
   for (const std::string& string : strings) pointers->push_back(const_cast<char*>(string.c_str()));
 }
 
+void IgnoreSignal(int /*signal*/) {}
+
 }  // namespace
+
+void IgnoreClosedPipes() {
+  // Unlike SIG_IGN, a handler is not handed on to another program.
+  if (std::signal(SIGPIPE, IgnoreSignal) == SIG_IGN) std::signal(SIGPIPE, SIG_IGN);
+}
 
 bool SpawnProcess(const std::string& path, const std::vector<std::string>& arguments,
                   const std::vector<std::string>& environment) {
@@ -41,7 +49,7 @@ bool SpawnProcess(const std::string& path, const std::vector<std::string>& argum
   if (child < 0) return false;
   if (child == 0) {
     execve(path.c_str(), argumentVector.data(), environmentVector.data());
-    if (std::FILE* file = std::fopen(marker.c_str(), "w")) std::fclose(file);
+    if (std::FILE* file = std::fopen(marker.c_str(), "wx")) std::fclose(file);
     std::exit(errno);
   }
 
