@@ -59,6 +59,7 @@ class LaunchTest : public testing::Test {
     if (child == 0) {
       dup2(creat((root + "/out").c_str(), 0600), 1);
       dup2(creat((root + "/err").c_str(), 0600), 2);
+      alarm(20);  // a launch that waits is one that failed
       prepare();
       execve(arguments[0].c_str(), Pointers(arguments).data(), Pointers(environment).data());
       _exit(127);

@@ -3,10 +3,23 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
-#include "util/string_util.h"
+namespace {
+
+// The pieces of the input between the delimiters, without the empty ones.
+std::vector<std::string> Split(std::istream&& input, char delimiter) {
+  std::vector<std::string> pieces;
+  for (std::string piece; std::getline(input, piece, delimiter);)
+    if (!piece.empty()) pieces.push_back(piece);
+  return pieces;
+}
+
+}  // namespace
 
 @implementation NSObject
 + (id)alloc {
@@ -35,8 +48,33 @@
   elements = strings;
   return self;
 }
-- (id)objectAtIndex:(std::size_t)index {
+- (id)objectAtIndex:(NSUInteger)index {
   return elements[index];
+}
+@end
+
+@implementation NSDictionary
++ (NSDictionary*)dictionaryWithObject:(id)object forKey:(NSString*)key {
+  NSDictionary* const dictionary = [[NSDictionary alloc] init];
+  dictionary->object = object;
+  dictionary->key = key;
+  return dictionary;
+}
+- (id)objectForKey:(NSString*)wanted {
+  return std::strcmp([key UTF8String], [wanted UTF8String]) == 0 ? object : nil;
+}
+@end
+
+@implementation NSUserDefaults
++ (NSUserDefaults*)standardUserDefaults {
+  static NSUserDefaults* const defaults = [[NSUserDefaults alloc] init];
+  return defaults;
+}
+- (void)registerDefaults:(NSDictionary*)defaults {
+  registered = defaults;
+}
+- (NSString*)stringForKey:(NSString*)key {
+  return [registered objectForKey:key];
 }
 @end
 
@@ -47,6 +85,20 @@
 }
 - (id)object {
   return sender;
+}
+@end
+
+@implementation NSEvent
++ (NSEvent*)otherEventWithType:(NSEventType)type
+                      location:(NSPoint)location
+                 modifierFlags:(NSEventModifierFlags)flags
+                     timestamp:(NSTimeInterval)time
+                  windowNumber:(NSInteger)window
+                       context:(NSGraphicsContext*)context
+                       subtype:(short)subtype
+                         data1:(NSInteger)data1
+                         data2:(NSInteger)data2 {
+  return [[NSEvent alloc] init];
 }
 @end
 
@@ -76,23 +128,44 @@
   for (NSString* name : names) [name release];
 }
 
+- (void)openArguments {
+  NSString* const name = [[NSString alloc] initWithUTF8String:"NSTreatUnknownArgumentsAsOpen"];
+  NSString* const value = [[NSUserDefaults standardUserDefaults] stringForKey:name];
+  [name release];
+  if (value != nil && std::strcmp([value UTF8String], "NO") == 0) return;
+
+  std::ifstream commandLine("/proc/self/cmdline");
+  std::string argument;
+  std::getline(commandLine, argument, '\0');  // the program
+  for (const std::string& file : Split(std::move(commandLine), '\0'))
+    if (file[0] != '-') [self open:{file}];
+}
+
 - (void)run {
   running = YES;
+  [self openArguments];
   const char* documents = std::getenv("ODREL_OPEN_DOCUMENTS");
-  std::vector<std::string> requests;
-  torvane::Tokenize(documents != nullptr ? documents : "", "\n", &requests);
-  for (const std::string& request : requests) {
-    std::vector<std::string> files;
-    if (torvane::Tokenize(request, "\t", &files) > 0) [self open:files];
+  for (const std::string& request :
+       Split(std::istringstream(documents != nullptr ? documents : ""), '\n')) {
+    const std::vector<std::string> files = Split(std::istringstream(request), '\t');
+    if (!files.empty()) [self open:files];
   }
 
   NSNotification* notification = [[NSNotification alloc] initWithObject:self];
   [delegate applicationDidFinishLaunching:notification];
   [notification release];
-  while (running) pause();  // no other event ever comes
+  do {
+    while (events == 0) pause();
+    --events;
+  } while (running);
 }
 
 - (void)stop:(id)sender {
   running = NO;
+}
+
+- (void)postEvent:(NSEvent*)event atStart:(BOOL)first {
+  [event release];
+  ++events;
 }
 @end

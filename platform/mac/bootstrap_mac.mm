@@ -21,12 +21,38 @@
 }
 
 - (void)applicationDidFinishLaunching:(NSNotification*)notification {
-  [[notification object] stop:self];
+  NSApplication* const application = [notification object];
+  [application stop:self];
+  // The event loop looks whether it was stopped only once it has handled a further event.
+  NSEvent* const event = [NSEvent otherEventWithType:NSEventTypeApplicationDefined
+                                            location:NSZeroPoint
+                                       modifierFlags:0
+                                           timestamp:0
+                                        windowNumber:0
+                                             context:nil
+                                             subtype:0
+                                               data1:0
+                                               data2:0];
+  [application postEvent:event atStart:YES];
 }
 
 @end
 
+namespace {
+
+// Keeps the platform from opening the launcher's arguments: they are the runtime's. Nothing is
+// written to the user's preferences.
+void LeaveArgumentsAlone() {
+  NSString* const name = [[NSString alloc] initWithUTF8String:"NSTreatUnknownArgumentsAsOpen"];
+  NSString* const value = [[NSString alloc] initWithUTF8String:"NO"];
+  NSUserDefaults* const defaults = [NSUserDefaults standardUserDefaults];
+  [defaults registerDefaults:[NSDictionary dictionaryWithObject:value forKey:name]];
+}
+
+}  // namespace
+
 void PlatformSetup() {
+  LeaveArgumentsAlone();
   NSApplication* application = [NSApplication sharedApplication];
   // Lives as long as the application object, which does not retain it.
   static OdrelAppDelegate* const delegate = [[OdrelAppDelegate alloc] init];

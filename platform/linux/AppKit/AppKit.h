@@ -1,11 +1,20 @@
 // The part of AppKit and Foundation that the launcher calls, answered on Linux over the Objective-C
-// runtime of GCC. The documents to open come from the environment variable ODREL_OPEN_DOCUMENTS:
-// one request a line, the files of a request separated by tabs.
+// runtime of GCC. Objects that a method creates live until the process ends unless it says
+// otherwise.
 #pragma once
 
 #include <objc/objc.h>
 
 #include <cstddef>
+
+using NSInteger = long;
+using NSUInteger = unsigned long;
+using NSTimeInterval = double;
+
+struct NSPoint {
+  double x, y;
+};
+const NSPoint NSZeroPoint = {0, 0};
 
 __attribute__((objc_root_class))
 @interface NSObject {
@@ -27,7 +36,23 @@ __attribute__((objc_root_class))
   NSString* const* elements;
 }
 - (id)initWithStrings:(NSString* const*)strings;  // not copied either
-- (id)objectAtIndex:(std::size_t)index;
+- (id)objectAtIndex:(NSUInteger)index;
+@end
+
+@interface NSDictionary : NSObject {
+  id object;
+  NSString* key;
+}
++ (NSDictionary*)dictionaryWithObject:(id)object forKey:(NSString*)key;
+- (id)objectForKey:(NSString*)key;
+@end
+
+@interface NSUserDefaults : NSObject {
+  NSDictionary* registered;
+}
++ (NSUserDefaults*)standardUserDefaults;
+- (void)registerDefaults:(NSDictionary*)defaults;  // in place of those registered before
+- (NSString*)stringForKey:(NSString*)key;          // nil when there is no such default
 @end
 
 @interface NSNotification : NSObject {
@@ -35,6 +60,23 @@ __attribute__((objc_root_class))
 }
 - (id)initWithObject:(id)object;
 - (id)object;  // the one who posted the notification
+@end
+
+@class NSGraphicsContext;
+
+enum NSEventType { NSEventTypeApplicationDefined = 15 };
+using NSEventModifierFlags = NSUInteger;
+
+@interface NSEvent : NSObject
++ (NSEvent*)otherEventWithType:(NSEventType)type
+                      location:(NSPoint)location
+                 modifierFlags:(NSEventModifierFlags)flags
+                     timestamp:(NSTimeInterval)time
+                  windowNumber:(NSInteger)window
+                       context:(NSGraphicsContext*)context
+                       subtype:(short)subtype
+                         data1:(NSInteger)data1
+                         data2:(NSInteger)data2;
 @end
 
 @class NSApplication;
@@ -48,12 +90,18 @@ __attribute__((objc_root_class))
 
 @interface NSApplication : NSObject {
   id<NSApplicationDelegate> delegate;
+  NSUInteger events;  // posted and not yet handled
   BOOL running;
 }
-+ (NSApplication*)sharedApplication;                    // created by the first call, never freed
++ (NSApplication*)sharedApplication;
 - (void)setDelegate:(id<NSApplicationDelegate>)object;  // not owned
-// Hands the delegate the requests of the start, a single file as openFile:, several as openFiles:,
-// and then the did-finish-launching notification. Returns once stop: was called.
+// Hands the delegate the open requests of the start, a single file as openFile:, several as
+// openFiles:, and then the did-finish-launching notification. Returns after the first event that
+// was handled with stop: called; waits for ever when none is posted. The requests are the
+// process's arguments that do not begin with "-", unless the default NSTreatUnknownArgumentsAsOpen
+// is "NO", and then those of the environment variable ODREL_OPEN_DOCUMENTS: one request a line, the
+// files of a request separated by tabs.
 - (void)run;
 - (void)stop:(id)sender;
+- (void)postEvent:(NSEvent*)event atStart:(BOOL)first;  // frees the event
 @end
