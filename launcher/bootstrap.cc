@@ -51,13 +51,11 @@ bool Touch(const std::string& path) {
   return false;
 }
 
-// Removes the file or directory that a failed copy left at path, so that no later launch takes the
-// part for the whole. A link at path stays, and what it leads to goes.
+// Removes what a failed copy left at path, so that no later launch takes the part for the whole.
+// Removes the target of a link and keeps the link, because the copy wrote through it.
 void RemovePart(const std::string& path) {
   std::error_code error;
-  const fs::path part = fs::canonical(path, error);
-  const bool removable = fs::is_regular_file(part, error) || fs::is_directory(part, error);
-  if (removable && !torvane::DeleteTree(part))
+  if (!torvane::DeleteTree(fs::canonical(path, error)))
     std::cerr << "Failed to remove incomplete \"" << path << "\"" << std::endl;
 }
 
@@ -71,22 +69,10 @@ bool CopyWhole(const std::string& source, const std::string& destination,
   return false;
 }
 
-// False, with a line, when what was written to the file or below the directory may be lost.
-bool IsOnDisk(const std::string& path) {
-  if (torvane::Flush(path)) return true;
-  std::cerr << "Failed to write \"" << path << "\" to the disk" << std::endl;
-  return false;
-}
-
-// Ends the notes of the copies under way, and removes these copies unless keep is true.
-void EndCopies(bool keep) {
-  if (!torvane::EndCopies(copyNotes, keep))
-    std::cerr << "Failed to remove what \"" << copyNotes << "\" notes" << std::endl;
-}
-
 // Copies the files below an old data directory into the application data directory, breadth first;
 // false when one could not be copied. A repeated migration leaves the files that are there already,
-// unless this launch has put them there: *copied lists the relative paths that it has.
+// because the application may have changed them. It does replace those in *copied: this launch has
+// put them there from an older release. The relative paths copied here are added to *copied.
 bool MigrateDirectory(const std::string& old, bool repeated, std::set<std::string>* copied) {
   bool success = true;
   std::vector<std::string> work = torvane::ListDirectory(old);
@@ -102,8 +88,7 @@ bool MigrateDirectory(const std::string& old, bool repeated, std::set<std::strin
     const std::string destination = newDataDirName + "/" + relative;
     if (repeated) {
       const bool isNew = IsMissing(destination) || copied->count(relative) != 0;
-      // A directory in the place of the file is not the file: the copy is tried, and its failure
-      // told.
+      // A directory in the place of the file is not the file: the copy is tried and fails.
       if (!isNew && !torvane::DirectoryExists(destination)) continue;
       if (isNew) torvane::NoteCopy(copyNotes, destination);
     }
@@ -116,16 +101,17 @@ bool MigrateDirectory(const std::string& old, bool repeated, std::set<std::strin
   return success;
 }
 
-// The empty file that remembers an old data directory that could not be marked as migrated: the
-// application has run by the time it is tried again.
+// The empty file that remembers an old data directory that could not be marked as migrated: by the
+// time of the next launch the application has run, and its files must not be replaced.
 std::string UnmarkedFile(const std::string& name) {
   return newDataDirName + "/" + name + ".unmarked";
 }
 
-// Brings the data of earlier releases along. The directories are marked together in the end: what a
-// killed launch has copied from one of them must not keep the newer file of another from its place.
+// Brings the data of earlier releases along. The directories are marked together in the end: a file
+// that a killed launch has copied from one of them must not keep out the newer file of another.
 void MigrateUserData() {
-  // Unknown at start-up; the platform may know the old data directories by now all the same.
+  // The user data directory was unknown at start-up, so that there is no place to migrate to. It
+  // may be known by now, and the old data directories with it.
   if (newDataDirName.empty()) return;
 
   constexpr int oldDataDirCount = 3;
@@ -143,14 +129,14 @@ void MigrateUserData() {
 
     std::cout << "Migrating application data from \"" << old << "\" to \"" << newDataDirName << "\""
               << std::endl;
-    // When it cannot be told whether the marker is there, nothing is replaced either.
+    // Nothing is replaced either when it cannot be told whether the marker is there.
     const bool repeated = !IsMissing(marker) || !IsMissing(UnmarkedFile(name));
     successes[name] = MigrateDirectory(old, repeated, &copied);
   }
   if (successes.empty()) return;
 
-  const bool onDisk = IsOnDisk(newDataDirName);
-  EndCopies(onDisk);
+  const bool onDisk = torvane::Flush(newDataDirName);
+  torvane::EndCopies(copyNotes, onDisk);
   for (const auto& [name, success] : successes) {
     const std::string old = torvane::ApplicationDataDirectory(oldOrgName, name);
     if (success && onDisk && Touch(old + "/" + migratedFile))
@@ -174,11 +160,11 @@ void MigrateLocalStorage() {
   const bool copied =
       CopyWhole(source, destination,
                 "Failed to migrate localStorage \"" + source + "\" to \"" + destination + "\"");
-  const bool keep = IsOnDisk(destination);
-  if (copied && (!keep || !torvane::CopyFile(source, backup) || !IsOnDisk(backup) ||
-                 !torvane::RemoveSource(copyNotes, source)))
+  const bool keep = torvane::Flush(destination);
+  if (copied && !(keep && torvane::CopyFile(source, backup) && torvane::Flush(backup) &&
+                  torvane::RemoveSource(copyNotes, source)))
     std::cerr << "Failed to complete localStorage migration" << std::endl;
-  EndCopies(keep);
+  torvane::EndCopies(copyNotes, keep);
 }
 
 // Copies the bundle's app packages that the application data directory does not hold yet.
@@ -196,7 +182,7 @@ void PrimeUmoFile() {
     if (IsMissing(destination)) torvane::NoteCopy(copyNotes, destination);
     CopyWhole(bundle + "/" + name, destination,
               "Failed to prime Odrel app package \"" + name + "\"");
-    EndCopies(IsOnDisk(destination));
+    torvane::EndCopies(copyNotes, torvane::Flush(destination));
   }
 }
 
@@ -219,7 +205,7 @@ void PrimeVEKRuntime() {
     std::cerr << "Failed to prime Vekara runtime \"" << source << "\"" << std::endl;
     if (isNew) RemovePart(destination);
   }
-  EndCopies(!copied || IsOnDisk(newDataDirName));
+  torvane::EndCopies(copyNotes, !copied || torvane::Flush(newDataDirName));
 }
 
 // The name of the app package to load, the greatest that fits the version file; empty when none.
@@ -248,10 +234,10 @@ std::string LatestVEKRuntime() {
   return torvane::FileExists(executable) ? executable : "";
 }
 
-std::vector<std::string> RuntimeArguments(const std::string& package, int argc, char** argv) {
+std::vector<std::string> RuntimeArguments(const std::string& packagePath, int argc, char** argv) {
   std::vector<std::string> arguments = {
       "--umo-entry-url=umop:///index.html?production",
-      "--umo-file=" + package,
+      "--umo-file=" + packagePath,
       "--umo-enable-logging",
       "--umo-log-level=0",
       "--odrel=" + torvane::ExecutableFile(),
@@ -273,7 +259,7 @@ int main(int argc, char** argv) {
     return 1;
   }
   torvane::LockDirectory(newDataDirName);
-  EndCopies(false);  // those of a launch that was killed
+  torvane::EndCopies(copyNotes, false);  // those of a launch that was killed
   std::cout << "Dianostics: ON" << std::endl;
 
   MigrateUserData();
@@ -284,18 +270,19 @@ int main(int argc, char** argv) {
     std::cerr << "Unable to find an Odrel app package on the system" << std::endl;
     return 2;
   }
-  const std::string package = newDataDirName + "/" + packageName;
-  std::cout << "Loading Odrel package \"" << package << "\"" << std::endl;
+  const std::string packagePath = newDataDirName + "/" + packageName;
+  std::cout << "Loading Odrel package \"" << packagePath << "\"" << std::endl;
 
   PrimeVEKRuntime();
-  const std::string runtime = LatestVEKRuntime();
-  if (runtime.empty()) {
+  const std::string runtimeExecutable = LatestVEKRuntime();
+  if (runtimeExecutable.empty()) {
     std::cerr << "Unable to find a Vekara runtime on the system" << std::endl;
     return 4;
   }
-  std::cout << "Loading Vekara at \"" << runtime << "\"" << std::endl;
+  std::cout << "Loading Vekara at \"" << runtimeExecutable << "\"" << std::endl;
 
-  if (!torvane::SpawnProcess(runtime, RuntimeArguments(package, argc, argv), {})) {
+  const std::vector<std::string> arguments = RuntimeArguments(packagePath, argc, argv);
+  if (!torvane::SpawnProcess(runtimeExecutable, arguments, {})) {
     std::cerr << "Failed to launch Torvane Odrel" << std::endl;
     return 3;
   }

@@ -1,4 +1,4 @@
-// The launcher's door for the platform layer.
+// What the platform layer calls.
 #pragma once
 
 #include <string>

@@ -1,165 +1,158 @@
 // Launches that copy: a fresh installation, and the data of earlier releases.
 #include <sys/resource.h>
-#include <sys/stat.h>
 
 #include <csignal>
 
 #include "tests/launch_fixture.h"
 
+namespace {
+
+const std::string large(30000, 'l');
+
+// A prepare: no file grows beyond 9000 bytes, as on a full disk.
+void LimitFiles() {
+  dup2(1, 2);
+  const rlimit limit = {9000, 9000};
+  setrlimit(RLIMIT_FSIZE, &limit);
+  signal(SIGXFSZ, SIG_IGN);
+}
+
+// A prepare: the launch is killed in the middle of the first file larger than that.
+void KillInLargeFile() {
+  const rlimit noCore = {0, 0};
+  setrlimit(RLIMIT_CORE, &noCore);
+  LimitFiles();
+  signal(SIGXFSZ, SIG_DFL);
+}
+
+}  // namespace
+
 class InstallTest : public LaunchTest {
  protected:
   InstallTest() {
-    WriteFile(bundle + "/mrd-1.umo", large);
+    WriteFile(bundle + "/mrd-1.umo", "package");
     AddRuntime(bundle + "/vek-1");
   }
-
-  // A launch that must start the bundle's runtime; returns the lines of both streams.
-  std::string LaunchInstalled() {
-    const Outcome outcome = Launch({}, MergeStreams);
-    EXPECT_EQ(0, outcome.exitCode) << outcome.out;
-    ExpectStarted(runtime, "mrd-1.umo");
-    return outcome.out;
-  }
-
-  const std::string large = std::string(30000, 'l'), runtime = data + "/runtime/vek-1";
-  const std::string oldStorage = data + "/qrc__0.localstorage";
-  const std::string newStorage = data + "/Local Storage/umop__0.localstorage";
 };
 
-TEST_F(InstallTest, CopyMissingOutOfOrderOrReportedWrongly) {
-  for (const char* file : {"/c/z", "/a/x", "/.b"}) WriteFile(oldData[0] + file);
-  fs::create_directories(oldData[1] + "/empty");
-  WriteFile(oldData[2] + "/.b", "newest");
-  WriteFile(oldData[2] + "/qrc__0.localstorage", "storage");
-  for (const char* file : {"/MRD-2.UMO", "/vek-0/x", "/vek-1/z", "/vek-1/U/V/W/X/f"})
+TEST_F(InstallTest, FreshInstallationHasEverythingAndLeavesNothingToDo) {
+  for (const char* file : {"/c/z", "/a/x", "/.b"}) WriteFile(oldData + "0" + file, "old");
+  fs::create_symlink("../c/z", oldData + "0/a/file");
+  fs::create_symlink("a", oldData + "0/directory");
+  chmod((oldData + "0/a/x").c_str(), 0640);
+  fs::create_directories(oldData + "1/empty");
+  WriteFile(oldData + "2/.b", "newest");
+  WriteFile(oldData + "2/qrc__0.localstorage", "storage");
+  for (const char* file : {"/MRD-2.UMO", "/vek-0/x", "/vek-1/z", "/vek-1/F/Versions/A/Resources/r"})
     WriteFile(bundle + file);
-  std::string lines = ReadFile(FRESH_INSTALLATION);
-  const Strings words = {"$DATA", "$BUNDLE", "$OLD0", "$OLD1", "$OLD2"};
-  const Strings paths = {data, bundle, oldData[0], oldData[1], oldData[2]};
-  for (std::size_t i = 0, at; i < words.size(); ++i)
-    while ((at = lines.find(words[i])) != std::string::npos)
-      lines.replace(at, words[i].size(), paths[i]);
-  EXPECT_EQ(lines, LaunchInstalled());
+  fs::create_symlink("A", bundle + "/vek-1/F/Versions/Current");
+  fs::create_symlink("Versions/Current/Resources", bundle + "/vek-1/F/Resources");
+  EXPECT_EQ(Expected("fresh_installation"), LaunchAndTree(MergeStreams));
 
-  // Nothing is left to do, but for a marker removed by hand.
-  EXPECT_TRUE(fs::remove(oldData[1] + "/migrated"));
-  const Outcome again = Launch();
-  ExpectStarted(runtime, "mrd-1.umo");
-  EXPECT_EQ("Priming " + data + "/MRD-2.UMO\nPriming " + data + "/mrd-1.umo\n", again.err);
-  EXPECT_EQ("Dianostics: ON\nMigrating application data from \"" + oldData[1] + "\" to \"" + data +
-                "\"\nLoading Odrel package \"" + data + "/mrd-1.umo\"\nLoading Vekara at \"" +
-                Executable(runtime) + "\"\n",
-            again.out);
-  EXPECT_EQ("newest", ReadFile(data + "/.b"));
+  const std::string tree = Tree();
+  EXPECT_EQ(Expected("nothing_to_do"), Launch());
+  EXPECT_EQ(tree, Tree());
 }
 
-class FullDiskTest : public InstallTest, public testing::WithParamInterface<rlim_t> {};
+TEST_F(InstallTest, FailuresAreToldAndMendedByLaterLaunches) {
+  for (const char* file : {"0/fine", "0/place", "0/shared", "0/under/deep/file", "1/shared"})
+    WriteFile(oldData + file, std::string("old ") + file[0]);
+  WriteFile(oldData + "0/rights");
+  fs::create_symlink("nowhere", oldData + "0/broken");
+  mkfifo((oldData + "0/pipe").c_str(), 0600);
+  fs::create_symlink(".", oldData + "1/link");
+  fs::create_directory(oldData + "2");
+  fs::create_symlink("no/where", oldData + "2/migrated");
+  for (const char* file : {"/link/kept", "/place/kept", "/shared/kept", "/under", "/Local Storage"})
+    WriteFile(data + file, "application's");
+  fs::create_symlink("/proc/self/comm", data + "/rights");  // takes bytes, but no permissions
+  WriteFile(data + "/qrc__0.localstorage", "storage");
+  mkfifo((bundle + "/mrd-0.umo").c_str(), 0600);
+  WriteFile(bundle + "/vek-2");
+  EXPECT_EQ(Expected("failures"), LaunchAndTree());
 
-TEST_P(FullDiskTest, PartKeptOrNotCompletedLater) {
-  const std::string storage(12000, 's');
-  WriteFile(oldData[0] + "/shared", "small");
-  WriteFile(oldData[1] + "/shared", large);
-  WriteFile(oldStorage, storage);
+  for (const char* file : {"/shared", "/under", "/Local Storage"}) fs::remove_all(data + file);
+  for (const char* file : {"/fine", "/migrated"}) WriteFile(data + file, "application's");
+  WriteFile(data + "/qrc__0.localstorage_migrated/in the way");
+  fs::remove(bundle + "/vek-2");
+  AddRuntime(bundle + "/vek-2");
+  WriteFile(bundle + "/vek-2/a");
+  fs::create_symlink("nowhere", bundle + "/vek-2/b");
+  EXPECT_EQ(Expected("failures_again"), LaunchAndTree());
+
+  for (const char* cause : {"0/broken", "0/pipe", "2/migrated"}) fs::remove(oldData + cause);
+  for (const char* cause : {"/link", "/place", "/rights"}) fs::remove_all(data + cause);
+  for (const char* cause : {"/mrd-0.umo", "/vek-2/b"}) fs::remove(bundle + cause);
+  EXPECT_EQ(Expected("failures_mended"), LaunchAndTree());
+}
+
+TEST_F(InstallTest, FullDiskLeavesNoPartAndAnEmptierOneCompletesAll) {
+  WriteFile(oldData + "0/shared", "small");
+  WriteFile(oldData + "1/shared", large);
+  WriteFile(data + "/qrc__0.localstorage", large);
+  WriteFile(bundle + "/mrd-2.umo", large);
+  fs::create_symlink(userData + "/elsewhere", data + "/mrd-2.umo");
   WriteFile(bundle + "/vek-1/z", large);
-  Launch({}, [] {
-    const rlimit limit = {GetParam(), GetParam()};
-    signal(SIGXFSZ, SIG_IGN);
-    setrlimit(RLIMIT_FSIZE, &limit);
-  });
-  EXPECT_FALSE(fs::exists(oldData[1] + "/migrated"));
-  EXPECT_EQ(GetParam() < storage.size(), fs::exists(oldStorage));
-  EXPECT_EQ(GetParam() >= storage.size(), fs::exists(newStorage));
-  for (const std::string& part : {data + "/shared", data + "/mrd-1.umo", runtime})
-    EXPECT_FALSE(fs::exists(part));
-
-  LaunchInstalled();
-  for (const char* file : {"/shared", "/mrd-1.umo", "/runtime/vek-1/z"})
-    EXPECT_EQ(large, ReadFile(data + file));
-  EXPECT_EQ(storage + storage, ReadFile(newStorage) + ReadFile(oldStorage + "_migrated"));
-  EXPECT_TRUE(fs::exists(oldData[1] + "/migrated") && !fs::exists(oldStorage));
-}
-INSTANTIATE_TEST_SUITE_P(Limits, FullDiskTest, testing::Values(0, 100, 9000, 20000));
-
-TEST_F(InstallTest, RepeatedMigrationReplacesWhatTheApplicationWrote) {
-  const std::string broken = oldData[0] + "/broken", marker = oldData[2] + "/migrated",
-                    file = data + "/file";
-  WriteFile(oldData[0] + "/file", "old");
-  WriteFile(oldData[2] + "/file", "newer");
-  for (const std::string& link : {broken, marker}) fs::create_symlink("nowhere", link);
-  WriteFile(oldData[1] + "/occupied");
-  fs::create_directories(data + "/occupied");  // a directory in the place of the file
-  LaunchInstalled();
-  EXPECT_EQ("newer", ReadFile(file));
-
-  WriteFile(file, "application's");
-  EXPECT_TRUE(Contains(LaunchInstalled(),
-                       "src good: 0 dest good: 1\nsrc state: fail 1 bad 0\n"
-                       "dest state: fail 0 bad 0\nFailed to copy \"" +
-                           broken + "\" to \"" + data + "/broken\"\n"));
-  EXPECT_EQ("application's", ReadFile(file));
-  EXPECT_FALSE(fs::exists(oldData[1] + "/migrated"));
-
-  // Both complete in one launch: the newer release's copy stays.
-  for (const std::string& link : {broken, marker}) fs::remove(link);
-  WriteFile(broken, "mended");
-  fs::remove(file);
-  LaunchInstalled();
-  EXPECT_EQ("newer", ReadFile(file));
-  EXPECT_EQ("mended", ReadFile(data + "/broken"));
-  EXPECT_TRUE(fs::exists(marker));
-
-  // A marker removed by hand makes it a first migration again.
-  EXPECT_TRUE(fs::remove(oldData[0] + "/migrated"));
-  LaunchInstalled();
-  EXPECT_EQ("old", ReadFile(file));
+  EXPECT_EQ(Expected("full_disk"), LaunchAndTree(LimitFiles));
+  EXPECT_EQ(Expected("full_disk_mended"), LaunchAndTree(MergeStreams));
 }
 
-TEST_F(InstallTest, PartTakenForTheWhole) {
-  std::string deep = "/vek-2";
-  for (int i = 0; i < 800; ++i) deep += "/d";
-  WriteFile(bundle + deep + "/a");
-  fs::create_symlink("nowhere", bundle + deep + "/b");
-  ASSERT_EQ(0, mkfifo((bundle + "/mrd-0.umo").c_str(), 0600));  // nobody ever writes into it
-  AddRuntime(runtime);
-  const Outcome outcome = Launch({}, [] {
-    const rlimit limit = {64, 64};
-    setrlimit(RLIMIT_NOFILE, &limit);
-  });
-  ExpectStarted(runtime, "mrd-1.umo");
-  EXPECT_TRUE(Contains(outcome.err,
-                       "dest state: fail 0 bad 0\nFailed to prime Odrel app package "
-                       "\"mrd-0.umo\"\n"));
-  EXPECT_TRUE(Contains(outcome.err, deep + "/a\nCopyFile success: 1\n"));
-  EXPECT_TRUE(Contains(outcome.err, "Failed to prime Vekara runtime \"" + bundle + "/vek-2\"\n"));
-  for (const char* part : {"/mrd-0.umo", "/runtime/vek-2"}) EXPECT_FALSE(fs::exists(data + part));
-
-  WriteFile(data + "/runtime/vek-2", "user's");
-  EXPECT_EQ(4, Launch().exitCode);
-  EXPECT_EQ("user's", ReadFile(data + "/runtime/vek-2"));
-}
-
-TEST_F(InstallTest, StorageLostOrMovedTwice) {
-  const Strings cases[] = {
-      // a file in the way, and the line
-      {newStorage, ""},
-      {data + "/Local Storage",
-       "Failed to migrate localStorage \"" + oldStorage + "\" to \"" + newStorage + "\"\n"},
-      {oldStorage + "_migrated/file", "Failed to complete localStorage migration\n"},
-  };
-  for (const Strings& test : cases) {
-    fs::remove_all(data);
-    WriteFile(oldStorage, "storage");
-    WriteFile(test[0], "other");
-    const std::string out = LaunchInstalled();
-    EXPECT_TRUE(Contains(out, test[1]));
-    EXPECT_EQ(!test[1].empty(), Contains(out, "localStorage"));
-    EXPECT_EQ("storage other", ReadFile(oldStorage) + " " + ReadFile(test[0]));
+TEST_F(InstallTest, KilledLaunchIsMadeGoodByTheNext) {
+  const std::string files[] = {oldData + "1/due", data + "/qrc__0.localstorage",
+                               bundle + "/mrd-2.umo", bundle + "/vek-1/z"};
+  for (const std::string& file : files) {
+    std::string trees[2];  // undisturbed and killed
+    for (std::string& tree : trees) {
+      fs::remove_all(userData);
+      for (const std::string& other : files) WriteFile(other, other == file ? large : "small");
+      WriteFile(oldData + "1/kept", "old");
+      for (const char* kept : {"/kept", "/Torvane Odrel 2.1.unmarked"}) WriteFile(data + kept);
+      const bool killed = &tree == &trees[1];
+      EXPECT_EQ(killed, Launch({}, killed ? KillInLargeFile : MergeStreams).find("-- signal") !=
+                            std::string::npos);
+      Launch();
+      tree = Tree();
+    }
+    EXPECT_EQ(trees[0], trees[1]);
   }
 }
 
-TEST_F(InstallTest, DataEmptiedByCopyingItOntoItself) {
-  WriteFile(oldData[2] + "/file", "precious");
-  fs::create_directory_symlink("Torvane, Inc.", userData + "/Torvane");
-  LaunchInstalled();
-  EXPECT_EQ("precious", ReadFile(data + "/file"));
+// Its user has put a link in the place of the runtime that the killed launch was copying.
+TEST_F(InstallTest, LinkThatIsNoInterruptedCopyStaysWithItsTarget) {
+  Launch({}, KillInLargeFile);
+  const std::string primed = data + "/runtime/vek-1";
+  fs::remove_all(primed);
+  fs::create_symlink(bundle + "/vek-1", primed);
+  Launch();
+  EXPECT_TRUE(fs::is_symlink(primed) && fs::exists(Executable(primed)));
+}
+
+TEST_F(InstallTest, LaunchesAtOnceTakeTurns) {
+  fs::copy_file("/bin/true", Executable(bundle + "/vek-1"), fs::copy_options::overwrite_existing);
+  const auto setUp = [this] {
+    fs::remove_all(userData);
+    for (const char* file : {"0/a", "0/b", "0/c", "1/a", "1/b"}) WriteFile(oldData + file, large);
+  };
+  setUp();
+  const std::set<std::string> inTurn = {Finish(Start({}, MergeStreams)),
+                                        Finish(Start({}, MergeStreams))};
+  setUp();
+  const pid_t first = Start({}, MergeStreams, "1"), second = Start({}, MergeStreams, "2");
+  const std::set<std::string> atOnce = {Finish(first, "1"), Finish(second, "2")};
+  EXPECT_EQ(inTurn, atOnce);
+}
+
+TEST_F(InstallTest, LaunchNeedsNoStreamsAndHandsOnIgnoredSignals) {
+  const std::string unread = "-- standard error\n" + Started().substr(Started().find("-- exit"));
+  EXPECT_EQ(unread, Launch({}, [] {
+              int ends[2];
+              if (pipe(ends) == 0) dup2(ends[1], 1);
+              MergeStreams();
+              for (const int end : ends) close(end);
+            }));
+  fs::remove_all(data);
+  EXPECT_EQ(unread, Launch({}, [] {
+              for (const int stream : {0, 1, 2}) close(stream);
+            }));
+  EXPECT_EQ(Expected("ignored_signal"), Launch({}, [] { signal(SIGPIPE, SIG_IGN); }));
 }

@@ -1,22 +1,21 @@
-// Stands in for the runtime: records its arguments and its environment beside its own executable,
-// as NUL-terminated pieces. The record appears complete. With --linger it stays for a while.
-#include <unistd.h>
+// Stands in for the runtime: tells the test what it was started with, through the pipe "record"
+// beside the user data directory.
+#include <fcntl.h>
 
-#include <cstdio>
-#include <cstring>
+#include <csignal>
 #include <fstream>
 #include <string>
 
 extern char** environ;
 
-int main(int argc, char** argv) {
-  const std::string record = std::string(argv[0]) + ".record";
-  {
-    std::ofstream file(record + ".part", std::ios::binary);
-    for (char** pieces : {argv, environ})
-      for (; *pieces != nullptr; ++pieces) file << *pieces << '\0';
-  }
-  std::rename((record + ".part").c_str(), record.c_str());
-  for (int i = 1; i < argc; ++i)
-    if (std::strcmp(argv[i], "--linger") == 0) sleep(5);
+int main(int /*argc*/, char** argv) {
+  std::string lines;
+  for (char** pieces : {argv, environ})
+    for (; *pieces != nullptr; ++pieces) lines.append(*pieces).push_back('\n');
+  if (std::signal(SIGPIPE, SIG_DFL) == SIG_IGN) lines += "SIGPIPE is ignored\n";
+  for (int descriptor = 3; descriptor < 64; ++descriptor)
+    if (fcntl(descriptor, F_GETFD) != -1) lines += "a file of the launcher is open\n";
+
+  const std::string path = argv[0];
+  std::ofstream(path.substr(0, path.find("/user data/")) + "/record", std::ios::binary) << lines;
 }

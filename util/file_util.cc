@@ -58,17 +58,6 @@ bool ReportOutcome(bool complete) {
 // is the last to go.
 const char* const removedSource = "/source";
 
-// Removes the file or directory that the note leads to. A link in its place is not what the copy
-// was making, and stays.
-bool RemoveNoted(const fs::path& notes, const std::string& note) {
-  std::error_code error;
-  const fs::path part = notes / fs::read_symlink(note, error);
-  if (error) return false;
-  const fs::file_type type = fs::symlink_status(part, error).type();
-  if (type == fs::file_type::regular || type == fs::file_type::directory) return DeleteTree(part);
-  return type != fs::file_type::none;
-}
-
 }  // namespace
 
 std::string ExecutableDirectory() {
@@ -156,17 +145,19 @@ bool RemoveSource(const std::string& notes, const std::string& source) {
   return std::rename(source.c_str(), (notes + removedSource).c_str()) == 0;
 }
 
-bool EndCopies(const std::string& notes, bool keep) {
-  if (!DirectoryExists(notes)) return true;
+void EndCopies(const std::string& notes, bool keep) {
+  if (!DirectoryExists(notes)) return;
   std::error_code error;
   if (fs::symlink_status(notes + removedSource, error).type() != fs::file_type::not_found)
     keep = true;
-  bool ended = true;
   for (const std::string& name : ListDirectory(notes)) {
     const std::string note = notes + "/" + name;
-    ended = (keep || RemoveNoted(notes, note)) && DeleteFile(note) && ended;
+    const fs::path part = notes / fs::read_symlink(note, error);
+    const bool removed = keep || (!error && DeleteTree(part));
+    if (!removed || !DeleteFile(note))
+      std::cerr << "Failed to end the copy that \"" << note << "\" notes" << std::endl;
   }
-  return fs::remove(notes, error) && ended;
+  fs::remove(notes, error);
 }
 
 }  // namespace torvane

@@ -1,6 +1,7 @@
-// Files, directories and the places where the launcher finds its own. A failed system call shows
-// only in the result; nothing here throws for one. Paths are used as they are given. Only the two
-// copy functions write lines, to standard error, those of success included.
+// Files, directories and the places where the launcher finds its own. Nothing here throws for a
+// failed system call, and paths are used as they are given. Only four functions write lines, to
+// standard error: the two copy functions, those of success included, and Flush and EndCopies for
+// their failures.
 #pragma once
 
 #include <iosfwd>
@@ -31,9 +32,9 @@ bool DirectoryExists(const std::string& path);
 // Removes a file, or a link and not what it points to; false on failure and for a directory.
 bool DeleteFile(const std::string& path);
 
-// Removes a file, or a directory with all that is below it, links themselves and not what they
-// point to; false at the first entry that cannot be removed. The depth is not limited by open
-// files.
+// Removes the file at path, or the directory with all that is below it, at any depth. Links below
+// it go, what they point to stays; a link at path itself stays too. False when something that
+// should go is left.
 bool DeleteTree(const std::string& path);
 
 // The names of all entries but "." and "..", in ascending byte order; empty on failure.
@@ -48,8 +49,8 @@ std::vector<std::string> SearchDirectory(const std::string& directory, const std
 // "/". Whatever exists already is accepted, so true does not say that path is a directory.
 bool MakeDirectory(const std::string& path);
 
-// Opens the stream on the file that path leads to, created or emptied, for its owner alone: with the
-// mode 0600.
+// Opens the stream on the file that path leads to, created or emptied, for its owner alone: with
+// the mode 0600.
 void OpenPrivate(const std::string& path, std::ofstream* stream);
 
 // Copies the bytes and permission bits of a file, links followed, creating missing parents of the
@@ -78,16 +79,17 @@ bool SetPermissions(const std::string& path, int mode);
 bool Flush(const std::string& path);
 
 // Notes that path, where nothing is yet, is about to be made: until EndCopies a symbolic link in
-// the directory notes leads there. Both paths are absolute; notes is created when missing.
+// the directory notes leads there. Both paths are absolute; notes is created when missing. Where no
+// link can be made the copy goes unnoted.
 void NoteCopy(const std::string& notes, const std::string& path);
 
 // Removes a file that has been copied, and has EndCopies keep all noted copies from now on, in one
 // step: a killed process leaves both done or neither. False when the file stays.
 bool RemoveSource(const std::string& notes, const std::string& source);
 
-// Removes all notes, and before them, unless keep is true, the files and directories that they lead
-// to. False when something could not be removed; its note stays.
-bool EndCopies(const std::string& notes, bool keep);
+// Removes all notes and their directory, and first, unless keep is true, the files and directories
+// that they lead to. A note whose copy cannot be removed stays.
+void EndCopies(const std::string& notes, bool keep);
 
 // Waits until no other process holds the directory, then holds it for the rest of this process,
 // programs that it starts excluded. Returns at once where the file system has no locks.

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <iostream>
 
 #include "util/file_util.h"
 #include "util/string_util.h"
@@ -47,6 +48,10 @@ bool DirectoryExists(const std::string& path) {
 bool DeleteFile(const std::string& path) { return unlink(path.c_str()) == 0; }
 
 bool DeleteTree(const std::string& path) {
+  struct stat info;
+  if (lstat(path.c_str(), &info) != 0) return errno == ENOENT || errno == ENOTDIR;
+  if (!S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode)) return true;
+  // nftw walks deeper than it holds directories open; it opens the upper ones again.
   constexpr int openDirectories = 16;
   return nftw(path.c_str(), RemoveEntry, openDirectories, FTW_DEPTH | FTW_PHYS) == 0;
 }
@@ -108,12 +113,15 @@ void OpenPrivate(const std::string& path, std::ofstream* stream) {
 }
 
 bool Flush(const std::string& path) {
+  bool flushed = false;
   const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (file < 0) return errno == ENOENT || errno == ENOTDIR;
-  struct stat info;
-  const bool flushed =
-      fstat(file, &info) == 0 && (S_ISDIR(info.st_mode) ? syncfs(file) : fsync(file)) == 0;
-  close(file);
+  if (file >= 0) {
+    flushed = (DirectoryExists(path) ? syncfs(file) : fsync(file)) == 0;
+    close(file);
+  } else {
+    flushed = errno == ENOENT || errno == ENOTDIR;
+  }
+  if (!flushed) std::cerr << "Failed to write \"" << path << "\" to the disk" << std::endl;
   return flushed;
 }
 

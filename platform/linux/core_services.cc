@@ -1,7 +1,5 @@
 #include <CoreServices/CoreServices.h>
-#include <pwd.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -14,18 +12,11 @@ std::string AbsolutePathIn(const char* variable) {
   return value != nullptr && value[0] == '/' ? value : "";
 }
 
-std::string HomeDirectory() {
-  std::string home = AbsolutePathIn("HOME");
-  if (!home.empty()) return home;
-  const passwd* user = getpwuid(getuid());
-  return user != nullptr ? user->pw_dir : "";
-}
-
 // The path has no "/" at its end, unless it is the root; empty when no home directory is known.
 std::string XdgDataDirectory() {
   std::string directory = AbsolutePathIn("XDG_DATA_HOME");
   if (directory.empty()) {
-    const std::string home = HomeDirectory();
+    const std::string home = AbsolutePathIn("HOME");
     if (home.empty()) return "";
     directory = home + "/.local/share";
   }
