@@ -171,10 +171,7 @@ void MigrateLocalStorage() {
 void PrimeUmoFile() {
   const std::string bundle = torvane::ExecutableDirectory();
   const std::vector<std::string> packages = torvane::SearchDirectory(bundle, "mrd-*.umo");
-  if (packages.empty()) {
-    std::cerr << "Unable to find an Odrel app package to prime" << std::endl;
-    return;
-  }
+  if (packages.empty()) std::cerr << "Unable to find an Odrel app package to prime" << std::endl;
   for (const std::string& name : packages) {
     const std::string destination = newDataDirName + "/" + name;
     std::cerr << "Priming " << destination << std::endl;

@@ -7,17 +7,21 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace fs = std::filesystem;
 using Strings = std::vector<std::string>;
+using Step = std::function<void()>;
 
 // Creates the file with its parents.
 inline void WriteFile(const std::string& path, const std::string& content = "") {
@@ -36,12 +40,11 @@ inline std::string Replace(std::string text, const std::string& from, const std:
   return text;
 }
 
-// The content of a data file beside the tests, with the paths shortened as LaunchTest does.
-inline std::string Expected(const std::string& name) {
-  return ReadFile(EXPECTED_TEXTS "/" + name + ".txt");
+inline std::string Scenario(const std::string& name) {
+  return ReadFile(SCENARIOS "/" + name + ".txt");
 }
 
-// In the texts B stands for the bundle, U for the user data directory, A for the application's.
+// In all texts B stands for the bundle, U for the user data directory, A for the application's.
 class LaunchTest : public testing::Test {
  protected:
   LaunchTest() {
@@ -55,9 +58,7 @@ class LaunchTest : public testing::Test {
 
   // Starts the bundle's launcher, and ends it when it waits. prepare runs before it, in its
   // process; name tells launches at once apart.
-  pid_t Start(
-      Strings arguments = {}, const std::function<void()>& prepare = [] {},
-      const std::string& name = "") {
+  pid_t Start(Strings arguments = {}, const Step& prepare = {}, const std::string& name = "") {
     arguments.insert(arguments.begin(), bundle + "/odrel");
     const pid_t child = fork();
     if (child != 0) return child;
@@ -65,7 +66,7 @@ class LaunchTest : public testing::Test {
     dup2(creat((root + "/err" + name).c_str(), 0600), 2);
     for (int descriptor = 3; descriptor < 64; ++descriptor) close(descriptor);
     alarm(10);
-    prepare();
+    if (prepare) prepare();
     execve(arguments[0].c_str(), Pointers(arguments).data(), Pointers(environment).data());
     _exit(127);
   }
@@ -81,78 +82,82 @@ class LaunchTest : public testing::Test {
   }
 
   // A whole launch: all that it has shown and what the runtime was started with.
-  std::string Launch(
-      const Strings& arguments = {}, const std::function<void()>& prepare = [] {}) {
+  std::string Launch(const Strings& arguments = {}, const Step& prepare = {}) {
     const std::string text = Finish(Start(arguments, prepare));
     const bool started = text.find("-- exit code 0\n") != std::string::npos;
     return started ? text + Shortened(ReadFile(root + "/record")) : text;
   }
 
   // A launch, and what lies in the user data directory after it.
-  std::string LaunchAndTree(const std::function<void()>& prepare = [] {}) {
+  std::string LaunchAndTree(const Step& prepare = {}) {
     const std::string text = Launch({}, prepare);
     return text + Tree();
   }
 
   static void MergeStreams() { dup2(1, 2); }  // a prepare: all lines in their order
 
-  // Links with their text, files with their mode and content, and empty directories.
+  // What lies in the user data directory, a line each: links with their text, files with their mode
+  // (octal), size and beginning, pipes and empty directories.
   std::string Tree() const {
-    std::set<std::string> lines;
-    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(userData)) {
-      std::ostringstream line;
-      line << entry.path().string();
-      if (entry.is_symlink()) {
-        line << " -> " << fs::read_symlink(entry).string();
-      } else if (entry.is_regular_file()) {
-        const std::string content = ReadFile(entry.path());
-        line << " " << std::oct << static_cast<int>(entry.status().permissions()) << std::dec;
-        if (content == ReadFile(STAND_IN_RUNTIME))
-          line << " the runtime";
-        else if (content.size() > 100)
-          line << " " << content.size() << " bytes";
-        else if (!content.empty())
-          line << " " << content;
-      } else if (entry.is_directory() && !fs::is_empty(entry)) {
-        continue;
-      }
-      lines.insert(line.str() + "\n");
+    const std::string command =
+        "find '" + userData + "' -type l -printf '%p -> %l\\n'" +
+        " -o -name 'Torvane Umo' -printf '%p %m\\n'" +
+        " -o -type f -printf '%p %m %s bytes \"' -exec head -c 20 {} ';' -printf '\"\\n'" +
+        " -o -type p -printf '%p|\\n' -o -type d -empty -printf '%p/\\n'" + " | LC_ALL=C sort >'" +
+        root + "/tree'";
+    EXPECT_EQ(0, std::system(command.c_str()));
+    return "-- user data\n" + Shortened(ReadFile(root + "/tree"));
+  }
+
+  // Makes what the scenario lists in the notation of Tree, in the place of what is there. A path
+  // that is followed by nothing is removed.
+  void Make(const std::string& scenario) const {
+    const std::regex notation("(.*?)( -> (.*)|\\||/| (\\d+) (\\d+) bytes \"(.*)\"|)");
+    std::istringstream lines(Scenario(scenario));
+    for (std::string line; std::getline(lines, line);) {
+      std::smatch part;
+      std::regex_match(line, part, notation);
+      const std::string path = Expanded(part[1]);
+      fs::remove_all(path);
+      fs::create_directories(fs::path(path).parent_path());
+      if (part[3].matched) fs::create_symlink(Expanded(part[3]), path);
+      if (part[2] == "|") mkfifo(path.c_str(), 0600);
+      if (part[2] == "/") fs::create_directory(path);
+      if (!part[4].matched) continue;
+      WriteFile(path, std::string(part[6]).append(std::stoul(part[5]) - part[6].length(), 'l'));
+      chmod(path.c_str(), std::stoi(part[4], nullptr, 8));
     }
-    std::string text = "-- user data\n";
-    for (const std::string& line : lines) text += line;
-    return Shortened(text);
   }
 
   // What a launch shows that has nothing to copy and no bundle to copy from.
   static std::string Started(const Strings& documentsAndArguments = {}) {
     std::string lines;
     for (const std::string& line : documentsAndArguments) lines += line + "\n";
-    return Replace(Expected("started"), "$ARGUMENTS\n", lines);
+    return Replace(Scenario("started"), "$ARGUMENTS\n", lines);
   }
 
-  static std::string Executable(const std::string& runtime) {
-    return runtime + "/Torvane Odrel.app/Contents/MacOS/Torvane Umo";
+  static void AddRuntime(const std::string& runtime,
+                         const std::string& program = ReadFile(STAND_IN_RUNTIME)) {
+    const std::string executable = runtime + "/Torvane Odrel.app/Contents/MacOS/Torvane Umo";
+    WriteFile(executable, program);
+    chmod(executable.c_str(), 0755);
   }
 
-  static void AddRuntime(const std::string& runtime) {
-    fs::create_directories(fs::path(Executable(runtime)).parent_path());
-    fs::copy_file(STAND_IN_RUNTIME, Executable(runtime));
-  }
-
-  const std::string root = MakeRoot(), userData = root + "/user data",
-                    data = userData + "/Torvane/Torvane Odrel 2.2",
+  const std::string root = testing::TempDir() + "odrel-test-" + std::to_string(getpid()),
+                    userData = root + "/user data", data = userData + "/Torvane/Torvane Odrel 2.2",
                     oldData = userData + "/Torvane, Inc./Torvane Odrel 2.";  // and one digit
   std::string bundle = root + "/bundle";
   Strings environment = {"XDG_DATA_HOME=" + userData};  // the launcher's, whole
 
  private:
-  static std::string MakeRoot() {
-    std::string name = fs::temp_directory_path() / "odrel-test-XXXXXX";
-    return mkdtemp(name.data());
-  }
-
   std::string Shortened(const std::string& text) const {
     return Replace(Replace(Replace(text, data, "A"), userData, "U"), bundle, "B");
+  }
+
+  std::string Expanded(const std::string& path) const {
+    for (const auto& [letter, full] : {std::pair("A/", data), {"U/", userData}, {"B/", bundle}})
+      if (path.rfind(letter, 0) == 0) return full + path.substr(1);
+    return path;
   }
 
   static std::vector<char*> Pointers(const Strings& strings) {

@@ -1,5 +1,10 @@
-// Launches that have nothing to copy: what they select, hand to the runtime and end with.
+#include <sys/resource.h>
+
+#include <csignal>
+
 #include "tests/launch_fixture.h"
+
+// Launches that have nothing to copy: what they select, hand to the runtime and end with.
 
 class InstalledTest : public LaunchTest {
  protected:
@@ -63,7 +68,7 @@ TEST_F(InstalledTest, GreatestPackageThatFitsTheVersionFileIsLoaded) {
     for (const std::string& package : packages) WriteFile(data + "/" + package);
     if (userVersion != absent) WriteFile(data + "/version.txt", userVersion);
     if (bundleVersion != absent) WriteFile(bundle + "/version.txt", bundleVersion);
-    EXPECT_EQ(loaded == absent ? Expected("no_package") : Replace(Started(), "mrd-1.umo", loaded),
+    EXPECT_EQ(loaded == absent ? Scenario("no_package") : Replace(Started(), "mrd-1.umo", loaded),
               Launch());
   }
 }
@@ -72,45 +77,142 @@ TEST_F(InstalledTest, GreatestRuntimeIsStartedAndNoOther) {
   for (const char* name : {"vek-10", "vek-9", "VEK-99"}) AddRuntime(data + "/runtime/" + name);
   EXPECT_EQ(Replace(Started(), "vek-1", "vek-9"), Launch());
   WriteFile(data + "/runtime/zzzz");
-  EXPECT_EQ(Expected("no_runtime"), Launch());
+  EXPECT_EQ(Scenario("no_runtime"), Launch());
 }
 
 TEST_F(InstalledTest, FailedStartIsToldAndLeavesAnEmptyMarkerFile) {
-  WriteFile(Executable(data + "/runtime/vek-1"));
+  AddRuntime(data + "/runtime/vek-1", "");
+  const std::set<fs::directory_entry> before(fs::directory_iterator("/tmp"), {});
   int noticed = 0;  // a slow child may fail after the launcher has looked
-  for (int i = 0; i < 10; ++i) {
-    const std::set<fs::directory_entry> before(fs::directory_iterator("/tmp"), {});
-    if (Finish(Start()) == Expected("failed_start")) ++noticed;
-    for (bool found = false; !found;) {
-      for (const fs::directory_entry& entry : fs::directory_iterator("/tmp")) {
-        if (before.count(entry) != 0 || entry.path().filename().string().rfind("file", 0) != 0)
-          continue;
-        found = fs::is_empty(entry) && fs::remove(entry);
-        EXPECT_TRUE(found);
-      }
-    }
-  }
+  for (int i = 0; i < 10; ++i)
+    if (Finish(Start()) == Scenario("failed_start")) ++noticed;
   EXPECT_GE(noticed, 5);
+  for (int markers = 0; markers < 10;)
+    for (const fs::directory_entry& entry : fs::directory_iterator("/tmp"))
+      if (before.count(entry) == 0 && entry.path().filename().string().rfind("file", 0) == 0)
+        markers += fs::is_empty(entry) && fs::remove(entry) ? 1 : 0;
 }
 
-TEST_F(LaunchTest, UserDataDirectoryIsFoundButNotCreated) {
+TEST_F(LaunchTest, UserDataDirectoryIsFoundAndOnlyTheApplicationsIsCreated) {
   const std::string home = root + "/home", share = home + "/.local/share";
   const std::string deep = userData + Replace("0000", "0", "/" + std::string(200, 'u')) + "/";
   const std::string longest = deep + std::string(1023 - deep.size(), 'u');
   for (const std::string& directory : {share, longest, longest + "u"}) {
     environment = {"HOME=" + home, "XDG_DATA_HOME=" + (directory == share ? "x" : directory + "/")};
-    EXPECT_EQ(Expected("no_package"), Launch());
+    EXPECT_EQ(Scenario("no_package"), Launch());
     EXPECT_FALSE(fs::exists(directory));
     WriteFile(directory);  // not a directory
-    EXPECT_EQ(Expected("no_package"), Launch());
+    EXPECT_EQ(Scenario("no_package"), Launch());
     fs::remove(directory);
     fs::create_directory(directory);
-    EXPECT_EQ(Expected("no_package"), Launch());
+    EXPECT_EQ(Scenario("no_package"), Launch());
     EXPECT_EQ(directory != longest + "u", fs::exists(directory + "/Torvane/Torvane Odrel 2.2"));
+  }
+  environment = {"XDG_DATA_HOME=" + userData};
+  WriteFile(userData + "/Torvane");
+  EXPECT_EQ(Scenario("no_data_directory"), Launch());
+}
+
+TEST_F(InstalledTest, NotesOfAKilledLaunchGoWithWhatWasNotWholeYet) {
+  Make("notes_before");
+  fs::rename(data + "/runtime/vek-1", bundle + "/linked");
+  Make("notes_runtime_linked");
+  EXPECT_EQ(Scenario("notes"), LaunchAndTree());
+  Make("notes_of_whole_copies_before");
+  EXPECT_EQ(Scenario("notes_of_whole_copies"), LaunchAndTree());
+}
+
+// No file grows beyond 9000 bytes: the disk is full with SIG_IGN, the launch is killed with
+// SIG_DFL.
+Step LimitFiles(sighandler_t onLimit) {
+  return [onLimit] {
+    dup2(1, 2);
+    const rlimit limit = {9000, 9000}, noCore = {0, 0};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    setrlimit(RLIMIT_CORE, &noCore);
+    signal(SIGXFSZ, onLimit);
+  };
+}
+
+// Launches that copy: a fresh installation, and the data of earlier releases.
+class InstallTest : public LaunchTest {
+ protected:
+  InstallTest() {
+    WriteFile(bundle + "/mrd-1.umo", "package");
+    AddRuntime(bundle + "/vek-1");
+  }
+};
+
+TEST_F(InstallTest, FreshInstallationHasEverythingAndLeavesNothingToDo) {
+  Make("fresh_installation_before");
+  fs::create_directory(data + "/c");
+  fs::create_hard_link(oldData + "0/c/itself", data + "/c/itself");
+  EXPECT_EQ(Scenario("fresh_installation"), LaunchAndTree(MergeStreams));
+  const std::string tree = Tree();
+  EXPECT_EQ(Scenario("nothing_to_do"), Launch());
+  EXPECT_EQ(tree, Tree());
+}
+
+TEST_F(InstallTest, FailuresAreToldAndMendedByLaterLaunches) {
+  Make("failures_before");
+  EXPECT_EQ(Scenario("failures"), LaunchAndTree());
+  Make("failures_again_before");
+  AddRuntime(bundle + "/vek-2");
+  EXPECT_EQ(Scenario("failures_again"), LaunchAndTree());
+  Make("failures_mended_before");
+  EXPECT_EQ(Scenario("failures_mended"), LaunchAndTree());
+}
+
+TEST_F(InstallTest, FullDiskLeavesNoPartAndAnEmptierOneCompletesAll) {
+  Make("full_disk_before");
+  EXPECT_EQ(Scenario("full_disk"), LaunchAndTree(LimitFiles(SIG_IGN)));
+  EXPECT_EQ(Scenario("full_disk_mended"), LaunchAndTree(MergeStreams));
+}
+
+TEST_F(InstallTest, KilledLaunchIsMadeGoodByTheNext) {
+  for (const std::string& file : {oldData + "1/due", data + "/qrc__0.localstorage",
+                                  bundle + "/mrd-2.umo", bundle + "/vek-1/z"}) {
+    Strings trees;
+    for (const sighandler_t onLimit : {SIG_IGN, SIG_DFL}) {
+      fs::remove_all(userData);
+      Make("killed_before");
+      WriteFile(file, std::string(30000, 'l'));
+      const std::string text = Launch({}, LimitFiles(onLimit));
+      EXPECT_EQ(onLimit == SIG_DFL, text.find("-- signal") != std::string::npos);
+      Launch();
+      trees.push_back(Tree());
+    }
+    EXPECT_EQ(trees[0], trees[1]);
   }
 }
 
-TEST_F(LaunchTest, LaunchEndsWithoutItsDataDirectory) {
-  WriteFile(userData + "/Torvane");
-  EXPECT_EQ(Expected("no_data_directory"), Launch());
+TEST_F(InstallTest, LaunchesAtOnceTakeTurns) {
+  AddRuntime(bundle + "/vek-1", "#!/bin/true\n");
+  const auto setUp = [this] {
+    fs::remove_all(userData);
+    for (const char* file : {"0/a", "0/b", "1/a"})
+      WriteFile(oldData + file, std::string(5000000, 'l'));
+  };
+  setUp();
+  const std::set<std::string> inTurn = {Finish(Start({}, MergeStreams)),
+                                        Finish(Start({}, MergeStreams))};
+  setUp();
+  const pid_t first = Start({}, MergeStreams, "1"), second = Start({}, MergeStreams, "2");
+  const std::set<std::string> atOnce = {Finish(first, "1"), Finish(second, "2")};
+  EXPECT_EQ(inTurn, atOnce);
+}
+
+TEST_F(InstallTest, LaunchNeedsNoStreamsAndHandsOnIgnoredSignals) {
+  const std::string unread = "-- standard error\n" + Started().substr(Started().find("-- exit"));
+  EXPECT_EQ(unread, Launch({}, [] {
+              int ends[2];
+              if (pipe(ends) == 0) dup2(ends[1], 1);
+              MergeStreams();
+              for (const int end : ends) close(end);
+            }));
+  fs::remove_all(data);
+  EXPECT_EQ(unread, Launch({}, [] {
+              for (const int stream : {0, 1, 2}) close(stream);
+            }));
+  EXPECT_EQ(Scenario("ignored_signal"), Launch({}, [] { signal(SIGPIPE, SIG_IGN); }));
 }

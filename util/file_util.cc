@@ -87,17 +87,14 @@ bool CopyFile(const std::string& source, const std::string& destination, bool* i
     return ReportOutcome(CopyLink(source, destination));
 
   std::ifstream in;
-  if (fs::is_regular_file(source, error))
-    in.open(source, std::ios::binary);
-  else
-    in.setstate(std::ios::failbit);
+  if (fs::is_regular_file(source, error)) in.open(source, std::ios::binary);
   // Opening the source itself as the destination would empty it.
   if (in.is_open() && fs::equivalent(source, destination, error)) return ReportOutcome(true);
 
   std::ofstream out;
   if (in.is_open()) OpenPrivate(destination, &out);
   if (!out.is_open()) {
-    in.close();
+    in.close();  // fails when it was not open, as the report says then
     ReportUnopened(source, in, destination, out);
     return false;
   }
