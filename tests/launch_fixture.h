@@ -97,13 +97,13 @@ class LaunchTest : public testing::Test {
   static void MergeStreams() { dup2(1, 2); }  // a prepare: all lines in their order
 
   // What lies in the user data directory, a line each: links with their text, files with their mode
-  // (octal), size and beginning, pipes and empty directories.
+  // (octal), size and beginning, pipes, and directories with their mode.
   std::string Tree() const {
     const std::string command =
         "find '" + userData + "' -type l -printf '%p -> %l\\n'" +
         " -o -name 'Torvane Umo' -printf '%p %m\\n'" +
         " -o -type f -printf '%p %m %s bytes \"' -exec head -c 20 {} ';' -printf '\"\\n'" +
-        " -o -type p -printf '%p|\\n' -o -type d -empty -printf '%p/\\n'" + " | LC_ALL=C sort >'" +
+        " -o -type p -printf '%p|\\n' -o -type d -printf '%p/ %m\\n'" + " | LC_ALL=C sort >'" +
         root + "/tree'";
     EXPECT_EQ(0, std::system(command.c_str()));
     return "-- user data\n" + Shortened(ReadFile(root + "/tree"));
@@ -112,7 +112,7 @@ class LaunchTest : public testing::Test {
   // Makes what the scenario lists in the notation of Tree, in the place of what is there. A path
   // that is followed by nothing is removed.
   void Make(const std::string& scenario) const {
-    const std::regex notation("(.*?)( -> (.*)|\\||/| (\\d+) (\\d+) bytes \"(.*)\"|)");
+    const std::regex notation("(.*?)( -> (.*)|\\||/ 755| (\\d+) (\\d+) bytes \"(.*)\"|)");
     std::istringstream lines(Scenario(scenario));
     for (std::string line; std::getline(lines, line);) {
       std::smatch part;
@@ -122,7 +122,7 @@ class LaunchTest : public testing::Test {
       fs::create_directories(fs::path(path).parent_path());
       if (part[3].matched) fs::create_symlink(Expanded(part[3]), path);
       if (part[2] == "|") mkfifo(path.c_str(), 0600);
-      if (part[2] == "/") fs::create_directory(path);
+      if (part[2] == "/ 755") fs::create_directory(path);
       if (!part[4].matched) continue;
       WriteFile(path, std::string(part[6]).append(std::stoul(part[5]) - part[6].length(), 'l'));
       chmod(path.c_str(), std::stoi(part[4], nullptr, 8));

@@ -113,14 +113,10 @@ void OpenPrivate(const std::string& path, std::ofstream* stream) {
 }
 
 bool Flush(const std::string& path) {
-  bool flushed = false;
   const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (file >= 0) {
-    flushed = (DirectoryExists(path) ? syncfs(file) : fsync(file)) == 0;
-    close(file);
-  } else {
-    flushed = errno == ENOENT || errno == ENOTDIR;
-  }
+  if (file < 0 && (errno == ENOENT || errno == ENOTDIR)) return true;
+  const bool flushed = (DirectoryExists(path) ? syncfs(file) : fsync(file)) == 0;
+  close(file);
   if (!flushed) std::cerr << "Failed to write \"" << path << "\" to the disk" << std::endl;
   return flushed;
 }

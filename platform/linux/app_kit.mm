@@ -2,6 +2,7 @@
 #include <objc/runtime.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -118,13 +119,15 @@ std::vector<std::string> Split(std::istream&& input, char delimiter) {
   for (const std::string& file : files)
     names.push_back([[NSString alloc] initWithUTF8String:file.c_str()]);
 
+  BOOL opened = NO;
   if (names.size() == 1) {
-    [delegate application:self openFile:names[0]];
+    opened = [delegate application:self openFile:names[0]];
   } else {
     NSArray* array = [[NSArray alloc] initWithStrings:names.data()];
-    [delegate application:self openFiles:array];
+    opened = [delegate application:self openFiles:array];
     [array release];
   }
+  if (!opened) std::fputs("The document could not be opened.\n", stderr);
   for (NSString* name : names) [name release];
 }
 

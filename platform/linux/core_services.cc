@@ -29,8 +29,7 @@ std::string XdgDataDirectory() {
 OSErr FSFindFolder(std::int16_t /*domain*/, OSType /*type*/, Boolean /*create*/, FSRef* folder) {
   const std::string directory = XdgDataDirectory();
   struct stat info;
-  if (stat(directory.c_str(), &info) != 0) return fnfErr;
-  if (!S_ISDIR(info.st_mode)) return errFSNotAFolder;
+  if (stat(directory.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) return fnfErr;
   folder->path = directory;
   return noErr;
 }

@@ -96,7 +96,8 @@ using NSEventModifierFlags = NSUInteger;
 + (NSApplication*)sharedApplication;
 - (void)setDelegate:(id<NSApplicationDelegate>)object;  // not owned
 // Hands the delegate the open requests of the start, a single file as openFile:, several as
-// openFiles:, and then the did-finish-launching notification. Returns after the first event that
+// openFiles:, tells the user when the answer is NO, and then sends the did-finish-launching
+// notification. Returns after the first event that
 // was handled with stop: called; waits for ever when none is posted. The requests are the
 // process's arguments that do not begin with "-", unless the default NSTreatUnknownArgumentsAsOpen
 // is "NO", and then those of the environment variable ODREL_OPEN_DOCUMENTS: one request a line, the

@@ -21,7 +21,6 @@ constexpr Boolean kDontCreateFolder = false;
 
 constexpr OSErr noErr = 0;
 constexpr OSErr fnfErr = -43;               // no such folder
-constexpr OSErr errFSNotAFolder = -1407;    // something else is in the folder's place
 constexpr OSStatus pathTooLongErr = -2110;  // the path and its NUL do not fit
 
 // Refers *folder to the user's XDG data directory, whatever domain and type are given, and returns
