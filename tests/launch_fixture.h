@@ -99,12 +99,12 @@ class LaunchTest : public testing::Test {
   // What lies in the user data directory, a line each: links with their text, files with their mode
   // (octal), size and beginning, pipes, and directories with their mode.
   std::string Tree() const {
-    const std::string command =
-        "find '" + userData + "' -type l -printf '%p -> %l\\n'" +
-        " -o -name 'Torvane Umo' -printf '%p %m\\n'" +
-        " -o -type f -printf '%p %m %s bytes \"' -exec head -c 20 {} ';' -printf '\"\\n'" +
-        " -o -type p -printf '%p|\\n' -o -type d -printf '%p/ %m\\n'" + " | LC_ALL=C sort >'" +
-        root + "/tree'";
+    const std::string command = "find '" + userData + R"(' -type l -printf '%p -> %l\n')" +
+                                R"( -o -name 'Torvane Umo' -printf '%p %m\n')" +
+                                R"( -o -type f -printf '%p %m %s bytes "')" +
+                                R"( -exec head -c 20 {} ';' -printf '"\n')" +
+                                R"( -o -type p -printf '%p|\n' -o -type d -printf '%p/ %m\n')" +
+                                " | LC_ALL=C sort >'" + root + "/tree'";
     EXPECT_EQ(0, std::system(command.c_str()));
     return "-- user data\n" + Shortened(ReadFile(root + "/tree"));
   }

@@ -35,6 +35,9 @@ std::vector<std::string> Split(std::istream&& input, char delimiter) {
 @end
 
 @implementation NSString
++ (NSString*)stringWithUTF8String:(const char*)utf8 {
+  return [[NSString alloc] initWithUTF8String:utf8];
+}
 - (id)initWithUTF8String:(const char*)utf8 {
   text = utf8;
   return self;

@@ -43,8 +43,8 @@ namespace {
 // Keeps the platform from opening the launcher's arguments: they are the runtime's. Nothing is
 // written to the user's preferences.
 void LeaveArgumentsAlone() {
-  NSString* const name = [[NSString alloc] initWithUTF8String:"NSTreatUnknownArgumentsAsOpen"];
-  NSString* const value = [[NSString alloc] initWithUTF8String:"NO"];
+  NSString* const name = [NSString stringWithUTF8String:"NSTreatUnknownArgumentsAsOpen"];
+  NSString* const value = [NSString stringWithUTF8String:"NO"];
   NSUserDefaults* const defaults = [NSUserDefaults standardUserDefaults];
   [defaults registerDefaults:[NSDictionary dictionaryWithObject:value forKey:name]];
 }

@@ -28,6 +28,7 @@ __attribute__((objc_root_class))
 @interface NSString : NSObject {
   const char* text;
 }
++ (NSString*)stringWithUTF8String:(const char*)utf8;
 - (id)initWithUTF8String:(const char*)utf8;  // not copied: it must outlive the string
 - (const char*)UTF8String;
 @end
