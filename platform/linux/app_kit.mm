@@ -144,7 +144,7 @@ std::vector<std::string> Split(std::istream&& input, char delimiter) {
   std::string argument;
   std::getline(commandLine, argument, '\0');  // the program
   for (const std::string& file : Split(std::move(commandLine), '\0'))
-    if (file[0] != '-') [self open:{file}];
+    if (file[0] != '-') [self open:std::vector<std::string>(1, file)];
 }
 
 - (void)run {
