@@ -176,6 +176,7 @@ void PrimeUmoFile() {
     const std::string destination = newDataDirName + "/" + name;
     std::cerr << "Priming " << destination << std::endl;
     if (torvane::FileExists(destination)) continue;
+    // What only cannot be told to exist must not be removed by a later launch.
     if (IsMissing(destination)) torvane::NoteCopy(copyNotes, destination);
     CopyWhole(bundle + "/" + name, destination,
               "Failed to prime Odrel app package \"" + name + "\"");

@@ -7,12 +7,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -56,8 +56,8 @@ class LaunchTest : public testing::Test {
 
   ~LaunchTest() override { fs::remove_all(root); }
 
-  // Starts the bundle's launcher, and ends it when it waits. prepare runs before it, in its
-  // process; name tells launches at once apart.
+  // Starts the bundle's launcher, which a signal ends after 10 seconds. prepare runs before it, in
+  // its process; name tells launches at once apart.
   pid_t Start(Strings arguments = {}, const Step& prepare = {}, const std::string& name = "") {
     arguments.insert(arguments.begin(), bundle + "/odrel");
     const pid_t child = fork();
@@ -94,7 +94,7 @@ class LaunchTest : public testing::Test {
     return text + Tree();
   }
 
-  static void MergeStreams() { dup2(1, 2); }  // a prepare: all lines in their order
+  static void MergeStreams() { dup2(1, 2); }  // a step: all lines in their order
 
   // What lies in the user data directory, a line each: links with their text, files with their mode
   // (octal), size and beginning, pipes, and directories with their mode.
@@ -109,23 +109,25 @@ class LaunchTest : public testing::Test {
     return "-- user data\n" + Shortened(ReadFile(root + "/tree"));
   }
 
-  // Makes what the scenario lists in the notation of Tree, in the place of what is there. A path
-  // that is followed by nothing is removed.
+  // Makes what the scenario lists in the notation of Tree, directories without mode, in the place
+  // of what is there. A path that is followed by nothing is removed.
   void Make(const std::string& scenario) const {
-    const std::regex notation("(.*?)( -> (.*)|\\||/ 755| (\\d+) (\\d+) bytes \"(.*)\"|)");
+    constexpr std::size_t none = std::string::npos;
     std::istringstream lines(Scenario(scenario));
     for (std::string line; std::getline(lines, line);) {
-      std::smatch part;
-      std::regex_match(line, part, notation);
-      const std::string path = Expanded(part[1]);
+      const std::size_t arrow = line.find(" -> "), bytes = line.find(" bytes \"");
+      const std::size_t size = line.rfind(' ', bytes - 1);
+      const std::size_t mode = bytes == none ? none : line.rfind(' ', size - 1);
+      const std::string path = Expanded(line.substr(0, std::min({arrow, mode, line.find('|')})));
       fs::remove_all(path);
       fs::create_directories(fs::path(path).parent_path());
-      if (part[3].matched) fs::create_symlink(Expanded(part[3]), path);
-      if (part[2] == "|") mkfifo(path.c_str(), 0600);
-      if (part[2] == "/ 755") fs::create_directory(path);
-      if (!part[4].matched) continue;
-      WriteFile(path, std::string(part[6]).append(std::stoul(part[5]) - part[6].length(), 'l'));
-      chmod(path.c_str(), std::stoi(part[4], nullptr, 8));
+      if (arrow != none) fs::create_symlink(Expanded(line.substr(arrow + 4)), path);
+      if (line.back() == '|') mkfifo(path.c_str(), 0600);
+      if (mode == none) continue;
+      std::string content = line.substr(bytes + 8, line.size() - bytes - 9);
+      content.resize(std::stoul(line.substr(size)), 'l');
+      WriteFile(path, content);
+      chmod(path.c_str(), std::stoi(line.substr(mode), nullptr, 8));
     }
   }
 

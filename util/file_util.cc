@@ -134,6 +134,8 @@ bool CopyDirectory(const std::string& source, const std::string& destination) {
 void NoteCopy(const std::string& notes, const std::string& path) {
   std::error_code error;
   fs::create_directory(notes, error);
+  // Relative, so that it leads to the same place once the user's directory was moved or copied. The
+  // name only has to differ from those of other paths, which may be longer than a name.
   fs::create_symlink(fs::path(path).lexically_relative(notes),
                      notes + "/" + std::to_string(std::hash<std::string>{}(path)), error);
 }

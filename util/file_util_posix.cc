@@ -123,7 +123,7 @@ bool Flush(const std::string& path) {
 
 void LockDirectory(const std::string& path) {
   const int directory = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (directory >= 0) flock(directory, LOCK_EX);
+  if (directory >= 0) flock(directory, LOCK_EX);  // held as long as it is open
 }
 
 }  // namespace torvane

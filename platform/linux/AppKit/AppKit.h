@@ -5,8 +5,6 @@
 
 #include <objc/objc.h>
 
-#include <cstddef>
-
 using NSInteger = long;
 using NSUInteger = unsigned long;
 using NSTimeInterval = double;
