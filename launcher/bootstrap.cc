@@ -1,9 +1,9 @@
 #include "launcher/bootstrap.h"
 
+#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <map>
 #include <set>
 #include <string>
 #include <system_error>
@@ -13,6 +13,7 @@
 #include "platform/mac/bootstrap_mac.h"
 #include "util/file_util.h"
 #include "util/process_util.h"
+#include "util/staged_copy.h"
 
 namespace fs = std::filesystem;
 
@@ -24,8 +25,9 @@ const std::string orgName = "Torvane";
 const std::string oldOrgName = "Torvane, Inc.";
 const std::string dataDirName = "Torvane Odrel 2.2";
 const std::string newDataDirName = torvane::ApplicationDataDirectory(orgName, dataDirName);
+const std::string storageDirName = newDataDirName + "/Local Storage";
+const std::string runtimeDirName = newDataDirName + "/runtime";
 const std::string migratedFile = "migrated";
-const std::string copyNotes = newDataDirName + "/.copying";
 
 const char* const oldDataDirNames[] = {"Torvane Odrel 2.0", "Torvane Odrel 2.1",
                                        "Torvane Odrel 2.2", nullptr};
@@ -38,133 +40,200 @@ void SetFileToOpen(std::string path) { fileToOpen = std::move(path); }
 
 namespace {
 
-// True when nothing is at path, links followed; false also when that cannot be told.
-bool IsMissing(const std::string& path) {
-  std::error_code error;
-  return fs::status(path, error).type() == fs::file_type::not_found;
+// The name under which copies lie until they are whole. Empty when other launches cannot be kept
+// from using it at the same time.
+std::string partName;
+
+// Where copies to the directory, or below it, are made until they are whole; empty for none.
+std::string PartIn(const std::string& directory) {
+  return partName.empty() ? "" : directory + "/" + partName;
 }
 
-// Creates an empty file; writes a line and returns false when it cannot.
+// Waits for other launches with the same data, and removes what a killed one has left half-made.
+void TakeTurn() {
+  if (!torvane::LockDirectory(newDataDirName)) return;
+  partName = ".Torvane Odrel.part";
+  for (const std::string& directory : {newDataDirName, storageDirName, runtimeDirName})
+    torvane::DeleteTree(PartIn(directory));
+}
+
+// Creates an empty file and waits until it is on the disk; writes a line and returns false when it
+// cannot.
 bool Touch(const std::string& path) {
-  if (std::ofstream(path).is_open()) return true;
+  if (std::ofstream(path).is_open()) return torvane::Flush(path);
   std::cerr << "Failed to touch \"" << path << "\"" << std::endl;
   return false;
 }
 
-// Removes what a failed copy left at path, so that no later launch takes the part for the whole.
-// Removes the target of a link and keeps the link, because the copy wrote through it.
-void RemovePart(const std::string& path) {
-  std::error_code error;
-  if (!torvane::DeleteTree(fs::canonical(path, error)))
-    std::cerr << "Failed to remove incomplete \"" << path << "\"" << std::endl;
-}
+// The data of an earlier release that this launch brings along.
+struct Migration {
+  std::string old;                 // the directory that holds it
+  std::vector<std::string> newer;  // those of newer releases
+  std::string marker;              // the file that marks it as migrated
+  // The file that remembers that it could not be marked: by the time of the next launch the
+  // application has run, and its files must not be replaced.
+  std::string memory;
+  bool repeated = false;
+  bool whole = false;
+};
 
-// Copies one file; when that fails, writes the failure line, leaves no part behind, returns false.
-bool CopyWhole(const std::string& source, const std::string& destination,
-               const std::string& failure) {
-  bool incomplete = false;
-  if (torvane::CopyFile(source, destination, &incomplete)) return true;
-  std::cerr << failure << std::endl;
-  if (incomplete) RemovePart(destination);
+// True when a newer release has something else in the place of a link to a directory, or such a
+// link in the place of something else: its files would be copied through the link, or find no
+// place.
+bool IsPassedOver(const std::string& relative, const Migration& migration) {
+  const bool isLink = torvane::LinksToDirectory(migration.old + "/" + relative);
+  for (const std::string& directory : migration.newer) {
+    const std::string entry = directory + "/" + relative;
+    if (!torvane::IsMissing(entry) && torvane::LinksToDirectory(entry) != isLink) return true;
+  }
   return false;
 }
 
+// True when this launch will copy a newer release's file to the same place.
+bool IsCopiedAgain(const std::string& relative, const Migration& migration) {
+  std::error_code error;
+  for (const std::string& directory : migration.newer) {
+    const std::string file = directory + "/" + relative;
+    if (!torvane::FileExists(directory + "/" + migratedFile) && fs::is_regular_file(file, error) &&
+        std::ifstream(file).is_open())
+      return true;
+  }
+  return false;
+}
+
+// What is in the place of a file. A link counts as a file when it leads somewhere, no matter where.
+// none when that cannot be told.
+fs::file_type TypeAt(const std::string& path) {
+  std::error_code error;
+  const fs::file_type type = fs::symlink_status(path, error).type();
+  if (type != fs::file_type::symlink) return type;
+  if (torvane::IsMissing(path)) return fs::file_type::not_found;
+  return torvane::FileExists(path) ? fs::file_type::regular : fs::file_type::none;
+}
+
+// Copies a file of an old data directory; false when that fails. A repeated migration leaves a file
+// that is there already, because the application may have changed it. It does replace one of
+// *copied: this launch has put it there from an older release. The relative path is added to
+// *copied.
+bool MigrateFile(const std::string& relative, const Migration& migration,
+                 std::set<std::string>* copied) {
+  const std::string source = migration.old + "/" + relative;
+  const std::string destination = newDataDirName + "/" + relative;
+  const std::string failure = "Failed to copy \"" + source + "\" to \"" + destination + "\"";
+  const bool replacesOlder = copied->count(relative) != 0;
+  torvane::WhenWhole whenWhole = torvane::WhenWhole::move;
+  if (migration.repeated) {
+    const fs::file_type there = TypeAt(destination);
+    if (there == fs::file_type::regular && !replacesOlder) return true;
+    if (there == fs::file_type::none) {
+      std::cerr << failure << std::endl;
+      return false;
+    }
+    // After a kill in between the older release's copy would be left alone as the application's.
+    whenWhole = IsCopiedAgain(relative, migration) ? torvane::WhenWhole::remove
+                                                   : torvane::WhenWhole::flushAndMove;
+  }
+
+  const torvane::CopyResult copy =
+      torvane::StageFile(source, destination, PartIn(newDataDirName), failure, whenWhole);
+  if (copy.success) copied->insert(relative);
+  // No later launch may take the older release's copy for this one.
+  if (copy.made == torvane::Made::part && replacesOlder) torvane::RemovePart(destination);
+  return copy.success;
+}
+
 // Copies the files below an old data directory into the application data directory, breadth first;
-// false when one could not be copied. A repeated migration leaves the files that are there already,
-// because the application may have changed them. It does replace those in *copied: this launch has
-// put them there from an older release. The relative paths copied here are added to *copied.
-bool MigrateDirectory(const std::string& old, bool repeated, std::set<std::string>* copied) {
+// false when one could not be copied.
+bool MigrateDirectory(const Migration& migration, std::set<std::string>* copied) {
   bool success = true;
-  std::vector<std::string> work = torvane::ListDirectory(old);
+  std::vector<std::string> work = torvane::ListDirectory(migration.old);
   for (std::size_t k = 0; k < work.size(); ++k) {
     const std::string relative = work[k];
-    const std::string source = old + "/" + relative;
+    if (IsPassedOver(relative, migration)) continue;
+    const std::string source = migration.old + "/" + relative;
     if (torvane::DirectoryExists(source)) {
       for (const std::string& name : torvane::ListDirectory(source))
         work.push_back(relative + "/" + name);
-      continue;
-    }
-
-    const std::string destination = newDataDirName + "/" + relative;
-    if (repeated) {
-      const bool isNew = IsMissing(destination) || copied->count(relative) != 0;
-      // A directory in the place of the file is not the file: the copy is tried and fails.
-      if (!isNew && !torvane::DirectoryExists(destination)) continue;
-      if (isNew) torvane::NoteCopy(copyNotes, destination);
-    }
-    if (CopyWhole(source, destination,
-                  "Failed to copy \"" + source + "\" to \"" + destination + "\""))
-      copied->insert(relative);
-    else
+    } else if (!MigrateFile(relative, migration, copied)) {
       success = false;
+    }
   }
   return success;
 }
 
-// The empty file that remembers an old data directory that could not be marked as migrated: by the
-// time of the next launch the application has run, and its files must not be replaced.
-std::string UnmarkedFile(const std::string& name) {
-  return newDataDirName + "/" + name + ".unmarked";
+// Marks the old data directories that were copied whole, and remembers the others. They are marked
+// together: a file that a killed launch has copied from one of them must not keep out the newer
+// file of another.
+void MarkMigrated(const std::deque<Migration>& migrations) {
+  bool isNew = false;  // something will rest on what was copied
+  for (const Migration& migration : migrations)
+    isNew = isNew || migration.whole || !migration.repeated;
+  const bool onDisk = !isNew || torvane::Flush(newDataDirName);
+  for (const Migration& migration : migrations) {
+    if (migration.whole && onDisk && Touch(migration.marker))
+      torvane::DeleteFile(migration.memory);
+    else if (!torvane::FileExists(migration.memory))
+      Touch(migration.memory);
+  }
 }
 
-// Brings the data of earlier releases along. The directories are marked together in the end: a file
-// that a killed launch has copied from one of them must not keep out the newer file of another.
+// Brings the data of earlier releases along, of the oldest first.
 void MigrateUserData() {
   // The user data directory was unknown at start-up, so that there is no place to migrate to. It
   // may be known by now, and the old data directories with it.
   if (newDataDirName.empty()) return;
 
   constexpr int oldDataDirCount = 3;
-  std::set<std::string> copied;
-  std::map<std::string, bool> successes;  // of the migrations, by the old data directory's name
-  for (int i = 0; i < oldDataDirCount; ++i) {
+  std::deque<Migration> migrations;
+  std::vector<std::string> newer;
+  for (int i = oldDataDirCount - 1; i >= 0; --i) {
     const std::string name = oldDataDirNames[i];
-    const std::string old = torvane::ApplicationDataDirectory(oldOrgName, name);
-    const std::string marker = old + "/" + migratedFile;
-    if (!torvane::DirectoryExists(old)) continue;
-    if (torvane::FileExists(marker)) {
-      torvane::DeleteFile(UnmarkedFile(name));
+    Migration migration;
+    migration.old = torvane::ApplicationDataDirectory(oldOrgName, name);
+    if (!torvane::DirectoryExists(migration.old)) continue;
+    migration.newer = newer;
+    newer.push_back(migration.old);
+    migration.marker = migration.old + "/" + migratedFile;
+    migration.memory = newDataDirName + "/" + name + ".unmarked";
+    if (torvane::FileExists(migration.marker)) {
+      torvane::DeleteFile(migration.memory);
       continue;
     }
-
-    std::cout << "Migrating application data from \"" << old << "\" to \"" << newDataDirName << "\""
-              << std::endl;
     // Nothing is replaced either when it cannot be told whether the marker is there.
-    const bool repeated = !IsMissing(marker) || !IsMissing(UnmarkedFile(name));
-    successes[name] = MigrateDirectory(old, repeated, &copied);
+    migration.repeated =
+        !torvane::IsMissing(migration.marker) || !torvane::IsMissing(migration.memory);
+    migrations.push_front(migration);
   }
-  if (successes.empty()) return;
 
-  const bool onDisk = torvane::Flush(newDataDirName);
-  torvane::EndCopies(copyNotes, onDisk);
-  for (const auto& [name, success] : successes) {
-    const std::string old = torvane::ApplicationDataDirectory(oldOrgName, name);
-    if (success && onDisk && Touch(old + "/" + migratedFile))
-      torvane::DeleteFile(UnmarkedFile(name));
-    else
-      Touch(UnmarkedFile(name));
+  std::set<std::string> copied;
+  for (Migration& migration : migrations) {
+    std::cout << "Migrating application data from \"" << migration.old << "\" to \""
+              << newDataDirName << "\"" << std::endl;
+    migration.whole = MigrateDirectory(migration, &copied);
   }
+  MarkMigrated(migrations);
 }
 
 // Moves the web storage of the old page origin to the place of the new one. The old file goes once
 // its bytes are at the new place and in the backup.
 void MigrateLocalStorage() {
   const std::string source = newDataDirName + "/qrc__0.localstorage";
-  const std::string destination = newDataDirName + "/Local Storage/umop__0.localstorage";
+  const std::string destination = storageDirName + "/umop__0.localstorage";
   const std::string backup = source + "_migrated";
-  if (!torvane::FileExists(source) || !IsMissing(destination)) return;
+  if (!torvane::FileExists(source) || torvane::FileExists(destination) ||
+      !torvane::IsMissing(destination))
+    return;
 
   std::cout << "Migrating localStorage from \"" << source << "\" to \"" << destination << "\""
             << std::endl;
-  torvane::NoteCopy(copyNotes, destination);
-  const bool copied =
-      CopyWhole(source, destination,
-                "Failed to migrate localStorage \"" + source + "\" to \"" + destination + "\"");
-  const bool keep = torvane::Flush(destination);
-  if (copied && !(keep && torvane::CopyFile(source, backup) && torvane::Flush(backup) &&
-                  torvane::RemoveSource(copyNotes, source)))
-    std::cerr << "Failed to complete localStorage migration" << std::endl;
-  torvane::EndCopies(copyNotes, keep);
+  const std::string failure =
+      "Failed to migrate localStorage \"" + source + "\" to \"" + destination + "\"";
+  const std::string incomplete = "Failed to complete localStorage migration";
+  if (!torvane::StageFile(source, destination, PartIn(storageDirName), failure).success) return;
+  if (!torvane::StageFile(source, backup, PartIn(newDataDirName), incomplete).success) return;
+  // The move to the destination must not be lost when the source is, which may lie on another disk.
+  if (!torvane::Flush(destination) || !torvane::DeleteFile(source))
+    std::cerr << incomplete << std::endl;
 }
 
 // Copies the bundle's app packages that the application data directory does not hold yet.
@@ -176,11 +245,8 @@ void PrimeUmoFile() {
     const std::string destination = newDataDirName + "/" + name;
     std::cerr << "Priming " << destination << std::endl;
     if (torvane::FileExists(destination)) continue;
-    // What only cannot be told to exist must not be removed by a later launch.
-    if (IsMissing(destination)) torvane::NoteCopy(copyNotes, destination);
-    CopyWhole(bundle + "/" + name, destination,
-              "Failed to prime Odrel app package \"" + name + "\"");
-    torvane::EndCopies(copyNotes, torvane::Flush(destination));
+    torvane::StageFile(bundle + "/" + name, destination, PartIn(newDataDirName),
+                       "Failed to prime Odrel app package \"" + name + "\"");
   }
 }
 
@@ -193,17 +259,10 @@ void PrimeVEKRuntime() {
     return;
   }
   const std::string source = bundle + "/" + runtimes.back();
-  const std::string destination = newDataDirName + "/runtime/" + runtimes.back();
+  const std::string destination = runtimeDirName + "/" + runtimes.back();
   if (torvane::DirectoryExists(destination)) return;
-
-  const bool isNew = IsMissing(destination);
-  if (isNew) torvane::NoteCopy(copyNotes, destination);
-  const bool copied = torvane::CopyDirectory(source, destination);
-  if (!copied) {
-    std::cerr << "Failed to prime Vekara runtime \"" << source << "\"" << std::endl;
-    if (isNew) RemovePart(destination);
-  }
-  torvane::EndCopies(copyNotes, !copied || torvane::Flush(newDataDirName));
+  torvane::StageDirectory(source, destination, PartIn(runtimeDirName),
+                          "Failed to prime Vekara runtime \"" + source + "\"");
 }
 
 // The name of the app package to load, the greatest that fits the version file; empty when none.
@@ -224,11 +283,10 @@ std::string LatestOdrelUmoFile() {
 
 // The path of the executable in the greatest-named runtime; empty when that one has none.
 std::string LatestVEKRuntime() {
-  const std::string runtimeDir = newDataDirName + "/runtime";
-  const std::vector<std::string> runtimes = torvane::SearchDirectory(runtimeDir, "*");
+  const std::vector<std::string> runtimes = torvane::SearchDirectory(runtimeDirName, "*");
   if (runtimes.empty()) return "";
   const std::string executable =
-      runtimeDir + "/" + runtimes.back() + "/Torvane Odrel.app/Contents/MacOS/Torvane Umo";
+      runtimeDirName + "/" + runtimes.back() + "/Torvane Odrel.app/Contents/MacOS/Torvane Umo";
   return torvane::FileExists(executable) ? executable : "";
 }
 
@@ -256,8 +314,7 @@ int main(int argc, char** argv) {
               << std::endl;
     return 1;
   }
-  torvane::LockDirectory(newDataDirName);
-  torvane::EndCopies(copyNotes, false);  // those of a launch that was killed
+  TakeTurn();
   std::cout << "Dianostics: ON" << std::endl;
 
   MigrateUserData();

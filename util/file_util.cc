@@ -1,11 +1,9 @@
 #include "util/file_util.h"
 
 #include <cstdint>
-#include <cstdio>
 #include <deque>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <iostream>
 #include <system_error>
 #include <utility>
@@ -15,6 +13,12 @@ namespace fs = std::filesystem;
 namespace torvane {
 
 namespace {
+
+// Up to the last "/", that one excluded; empty when there is none.
+std::string Parent(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "" : path.substr(0, slash);
+}
 
 // Copies the link itself. It takes the place of a file or a link, not of a directory.
 bool CopyLink(const std::string& source, const std::string& destination) {
@@ -41,22 +45,21 @@ bool Transfer(const std::string& source, std::ifstream* in, std::ofstream* out) 
   return out->good() && !error && read == written && static_cast<std::uintmax_t>(read) == size;
 }
 
-void ReportUnopened(const std::string& source, const std::ifstream& in,
-                    const std::string& destination, const std::ofstream& out) {
+// Exactly one side of a copy that cannot begin has failed.
+CopyResult ReportUnopened(const std::string& source, const std::string& destination,
+                          bool sourceGood) {
+  const bool destinationGood = !sourceGood;
   std::cerr << "failed copy " << source << " to " << destination << std::endl;
-  std::cerr << "src good: " << in.good() << " dest good: " << out.good() << std::endl;
-  std::cerr << "src state: fail " << in.fail() << " bad " << in.bad() << std::endl;
-  std::cerr << "dest state: fail " << out.fail() << " bad " << out.bad() << std::endl;
+  std::cerr << "src good: " << sourceGood << " dest good: " << destinationGood << std::endl;
+  std::cerr << "src state: fail " << !sourceGood << " bad 0" << std::endl;
+  std::cerr << "dest state: fail " << !destinationGood << " bad 0" << std::endl;
+  return {false, Made::nothing};
 }
 
 bool ReportOutcome(bool complete) {
   std::cerr << "CopyFile success: " << complete << std::endl;
   return complete;
 }
-
-// Lies among the notes once their copies are whole. Its name comes after all of theirs, so that it
-// is the last to go.
-const char* const removedSource = "/source";
 
 }  // namespace
 
@@ -71,92 +74,83 @@ std::string ApplicationDataDirectory(const std::string& org, const std::string& 
   return userData + "/" + org + "/" + name;
 }
 
-bool CopyFile(const std::string& source, const std::string& destination, bool* incomplete) {
-  const std::size_t slash = destination.rfind('/');
-  if (slash != std::string::npos) {
-    const std::string parent = destination.substr(0, slash);
-    if (!MakeDirectory(parent)) {
-      std::cerr << "CopyFile could not make directory " << parent << std::endl;
-      return false;
-    }
+bool IsMissing(const std::string& path) {
+  std::error_code error;
+  return fs::status(path, error).type() == fs::file_type::not_found ||
+         error == std::errc::too_many_symbolic_link_levels;
+}
+
+bool LinksToDirectory(const std::string& path) {
+  std::error_code error;
+  return fs::is_symlink(path, error) && fs::is_directory(path, error);
+}
+
+bool CopyFile(const std::string& source, const std::string& destination) {
+  return CopyFile(source, destination, destination).success;
+}
+
+CopyResult CopyFile(const std::string& source, const std::string& destination,
+                    const std::string& path) {
+  if (!MakeDirectory(Parent(path))) {
+    std::cerr << "CopyFile could not make directory " << Parent(destination) << std::endl;
+    return {false, Made::nothing};
   }
 
   std::cerr << "Attempt CopyFile from " << source << " to " << destination << std::endl;
-  std::error_code error;
-  if (fs::is_symlink(source, error) && fs::is_directory(source, error))
-    return ReportOutcome(CopyLink(source, destination));
+  if (LinksToDirectory(source)) {
+    const bool linked = ReportOutcome(CopyLink(source, path));
+    return {linked, linked ? Made::link : Made::nothing};
+  }
 
+  std::error_code error;
   std::ifstream in;
   if (fs::is_regular_file(source, error)) in.open(source, std::ios::binary);
+  if (!in.is_open()) return ReportUnopened(source, destination, false);
   // Opening the source itself as the destination would empty it.
-  if (in.is_open() && fs::equivalent(source, destination, error)) return ReportOutcome(true);
-
+  if (fs::equivalent(source, destination, error)) return {ReportOutcome(true), Made::nothing};
   std::ofstream out;
-  if (in.is_open()) OpenPrivate(destination, &out);
-  if (!out.is_open()) {
-    in.close();  // fails when it was not open, as the report says then
-    ReportUnopened(source, in, destination, out);
-    return false;
-  }
+  const fs::file_status there = fs::status(path, error);
+  if (!fs::exists(there) || fs::is_regular_file(there)) OpenPrivate(path, &out);
+  if (!out.is_open()) return ReportUnopened(source, destination, true);
 
   const bool complete = Transfer(source, &in, &out);
-  if (incomplete != nullptr) *incomplete = !complete;
+  const Made made = complete ? Made::whole : Made::part;
   int mode = 0;
-  if (GetPermissions(source, &mode) && !SetPermissions(destination, mode)) {
+  if (GetPermissions(source, &mode) && !SetPermissions(path, mode)) {
     std::cerr << "failed during permissions xfer" << std::endl;
-    return false;
+    return {false, made};
   }
-  return ReportOutcome(complete);
+  return {ReportOutcome(complete), made};
 }
 
 bool CopyDirectory(const std::string& source, const std::string& destination) {
+  return CopyDirectory(source, destination, destination).success;
+}
+
+CopyResult CopyDirectory(const std::string& source, const std::string& destination,
+                         const std::string& path) {
   if (!DirectoryExists(source)) {
     std::cerr << "CopyDirectory from does not exist: " << source << std::endl;
-    return false;
+    return {false, Made::nothing};
   }
 
-  std::deque<std::pair<std::string, std::string>> pending = {{source, destination}};
+  const bool isNew = IsMissing(path);
+  CopyResult result = {true, Made::nothing};
+  std::deque<std::string> pending = {""};  // below all three, with a "/" in front
   while (!pending.empty()) {
-    const auto [from, to] = std::move(pending.back());
+    const std::string directory = std::move(pending.back());
     pending.pop_back();
-    for (const std::string& name : ListDirectory(from)) {
-      const std::string entry = from + "/" + name;
-      const std::string copy = to + "/" + name;
-      if (DirectoryExists(entry))
-        pending.emplace_back(entry, copy);
-      else if (!CopyFile(entry, copy))
-        return false;
+    for (const std::string& name : ListDirectory(source + directory)) {
+      const std::string entry = directory + "/" + name;
+      if (DirectoryExists(source + entry))
+        pending.push_back(entry);
+      else if (!CopyFile(source + entry, destination + entry, path + entry).success)
+        return {false, isNew ? Made::part : Made::nothing};
+      else
+        result.made = Made::whole;
     }
   }
-  return true;
-}
-
-void NoteCopy(const std::string& notes, const std::string& path) {
-  std::error_code error;
-  fs::create_directory(notes, error);
-  // Relative, so that it leads to the same place once the user's directory was moved or copied. The
-  // name only has to differ from those of other paths, which may be longer than a name.
-  fs::create_symlink(fs::path(path).lexically_relative(notes),
-                     notes + "/" + std::to_string(std::hash<std::string>{}(path)), error);
-}
-
-bool RemoveSource(const std::string& notes, const std::string& source) {
-  return std::rename(source.c_str(), (notes + removedSource).c_str()) == 0;
-}
-
-void EndCopies(const std::string& notes, bool keep) {
-  if (!DirectoryExists(notes)) return;
-  std::error_code error;
-  if (fs::symlink_status(notes + removedSource, error).type() != fs::file_type::not_found)
-    keep = true;
-  for (const std::string& name : ListDirectory(notes)) {
-    const std::string note = notes + "/" + name;
-    const fs::path part = notes / fs::read_symlink(note, error);
-    const bool removed = keep || (!error && DeleteTree(part));
-    if (!removed || !DeleteFile(note))
-      std::cerr << "Failed to end the copy that \"" << note << "\" notes" << std::endl;
-  }
-  fs::remove(notes, error);
+  return result;
 }
 
 }  // namespace torvane

@@ -1,7 +1,6 @@
 // Files, directories and the places where the launcher finds its own. Nothing here throws for a
-// failed system call, and paths are used as they are given. Only four functions write lines, to
-// standard error: the two copy functions, those of success included, and Flush and EndCopies for
-// their failures.
+// failed system call, and paths are used as they are given. Only the copy functions and Flush write
+// lines, to standard error: the former those of success, too.
 #pragma once
 
 #include <iosfwd>
@@ -26,15 +25,22 @@ std::string ApplicationDataDirectory(const std::string& org, const std::string& 
 // True when anything is at path, a directory too. Links are followed: one to nowhere gives false.
 bool FileExists(const std::string& path);
 
+// True when path leads to nothing: nothing is there, or a link to nowhere or in a circle. False
+// also when that cannot be told.
+bool IsMissing(const std::string& path);
+
 // True when path itself is a directory. Links are not followed: one to a directory gives false.
 bool DirectoryExists(const std::string& path);
+
+// True when path itself is a link, and leads to a directory.
+bool LinksToDirectory(const std::string& path);
 
 // Removes a file, or a link and not what it points to; false on failure and for a directory.
 bool DeleteFile(const std::string& path);
 
-// Removes the file at path, or the directory with all that is below it, at any depth. Links below
-// it go, what they point to stays; a link at path itself stays too. False when something that
-// should go is left.
+// Removes what is at path: a file, a link and not what it points to, or a directory with all that
+// is below it, at any depth. Other file systems that are mounted there stay. False when something
+// that should go is left, true when nothing was there.
 bool DeleteTree(const std::string& path);
 
 // The names of all entries but "." and "..", in ascending byte order; empty on failure.
@@ -54,18 +60,34 @@ bool MakeDirectory(const std::string& path);
 void OpenPrivate(const std::string& path, std::ofstream* stream);
 
 // Copies the bytes and permission bits of a file, links followed, creating missing parents of the
-// destination (taken as absolute) and replacing a file there. A link to a directory is copied as a
-// link; anything else but a file fails and is not opened. True only when every byte has reached the
-// file system. What a failed copy leaves stays: *incomplete, if given, becomes true when that is a
-// part of the file. A copy onto itself succeeds and changes nothing.
-bool CopyFile(const std::string& source, const std::string& destination,
-              bool* incomplete = nullptr);
+// destination (taken as absolute) and replacing the content of a file there. A link to a directory
+// is copied as a link; anything else but a file fails and is not opened, at either end. True only
+// when every byte has reached the file system. What a failed copy leaves stays. A copy onto itself
+// succeeds and changes nothing.
+bool CopyFile(const std::string& source, const std::string& destination);
 
 // Copies every file below the directory source to the same relative path below destination, where
 // directories come into being only as parents of files. Links are never entered; a directory that
 // cannot be listed counts as empty. False when source is no directory, and at the first file that
 // fails.
 bool CopyDirectory(const std::string& source, const std::string& destination);
+
+// What a copy has made of the file or tree.
+enum class Made { nothing, part, whole, link };
+
+// success is false also for a whole file whose permissions could not be applied, and true for a
+// copy onto itself, which makes nothing. The remains of a failed tree copy are a part only when
+// nothing was there before.
+struct CopyResult {
+  bool success;
+  Made made;
+};
+
+// The copies of the same names, written to path. Their lines tell the destination.
+CopyResult CopyFile(const std::string& source, const std::string& destination,
+                    const std::string& path);
+CopyResult CopyDirectory(const std::string& source, const std::string& destination,
+                         const std::string& path);
 
 // Stores the whole mode word, file type included, of what path leads to; on failure returns false
 // and leaves *mode alone.
@@ -74,25 +96,18 @@ bool GetPermissions(const std::string& path, int* mode);
 // Applies the permission bits of mode (octal 07777) to what path leads to; false on failure.
 bool SetPermissions(const std::string& path, int mode);
 
-// Waits until what was written to a file, or to the whole file system of a directory, is on the
-// disk; true then, and when nothing is at path. Links are followed.
+// True when entries of the one directory can be moved to the other: both, links followed, are
+// directories of the same file system that may be written to.
+bool CanMove(const std::string& from, const std::string& to);
+
+// Waits until the file that path leads to, or the whole file system of a directory, is on the disk.
+// True also where the file system has no way to do that; otherwise false, and a line tells the
+// destination.
+bool Flush(const std::string& path, const std::string& destination);
 bool Flush(const std::string& path);
 
-// Notes that path, where nothing is yet, is about to be made: until EndCopies a symbolic link in
-// the directory notes leads there. Both paths are absolute; notes is created when missing. Where no
-// link can be made the copy goes unnoted.
-void NoteCopy(const std::string& notes, const std::string& path);
-
-// Removes a file that has been copied, and has EndCopies keep all noted copies from now on, in one
-// step: a killed process leaves both done or neither. False when the file stays.
-bool RemoveSource(const std::string& notes, const std::string& source);
-
-// Removes all notes and their directory, and first, unless keep is true, the files and directories
-// that they lead to. A note whose copy cannot be removed stays.
-void EndCopies(const std::string& notes, bool keep);
-
 // Waits until no other process holds the directory, then holds it for the rest of this process,
-// programs that it starts excluded. Returns at once where the file system has no locks.
-void LockDirectory(const std::string& path);
+// programs that it starts excluded. False, at once, where the file system has no locks.
+bool LockDirectory(const std::string& path);
 
 }  // namespace torvane

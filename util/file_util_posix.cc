@@ -6,12 +6,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 
 #include "util/file_util.h"
 #include "util/string_util.h"
@@ -28,12 +30,25 @@ int RemoveEntry(const char* path, const struct stat* /*info*/, int /*type*/, FTW
   return std::remove(path);
 }
 
-#ifdef __APPLE__
-// macOS cannot flush one file system alone.
-int syncfs(int /*file*/) {
-  sync();
-  return 0;
+// The errors of file systems that have no way to flush: nothing is left to wait for.
+bool CannotFlush(int error) {
+  constexpr int errors[] = {EINVAL, ENOSYS, ENOTSUP, EOPNOTSUPP, ENOTTY};
+  return std::find(std::begin(errors), std::end(errors), error) != std::end(errors);
 }
+
+// Both return an error number, 0 when done.
+#ifdef __APPLE__
+int FlushFile(int file) {
+  // fsync leaves the bytes in the drive's own cache.
+  if (fcntl(file, F_FULLFSYNC) == 0) return 0;
+  return !CannotFlush(errno) || fsync(file) != 0 ? errno : 0;
+}
+int FlushFileSystem(int file) {
+  return fsync_volume_np(file, SYNC_VOLUME_FULLSYNC | SYNC_VOLUME_WAIT);
+}
+#else
+int FlushFile(int file) { return fsync(file) == 0 ? 0 : errno; }
+int FlushFileSystem(int file) { return syncfs(file) == 0 ? 0 : errno; }
 #endif
 
 }  // namespace
@@ -50,10 +65,9 @@ bool DeleteFile(const std::string& path) { return unlink(path.c_str()) == 0; }
 bool DeleteTree(const std::string& path) {
   struct stat info;
   if (lstat(path.c_str(), &info) != 0) return errno == ENOENT || errno == ENOTDIR;
-  if (!S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode)) return true;
   // nftw walks deeper than it holds directories open; it opens the upper ones again.
   constexpr int openDirectories = 16;
-  return nftw(path.c_str(), RemoveEntry, openDirectories, FTW_DEPTH | FTW_PHYS) == 0;
+  return nftw(path.c_str(), RemoveEntry, openDirectories, FTW_DEPTH | FTW_MOUNT | FTW_PHYS) == 0;
 }
 
 std::vector<std::string> ListDirectory(const std::string& directory) {
@@ -112,18 +126,33 @@ void OpenPrivate(const std::string& path, std::ofstream* stream) {
     SetPermissions(path, 0600);
 }
 
-bool Flush(const std::string& path) {
-  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (file < 0 && (errno == ENOENT || errno == ENOTDIR)) return true;
-  const bool flushed = (DirectoryExists(path) ? syncfs(file) : fsync(file)) == 0;
-  close(file);
-  if (!flushed) std::cerr << "Failed to write \"" << path << "\" to the disk" << std::endl;
-  return flushed;
+bool CanMove(const std::string& from, const std::string& to) {
+  struct stat one;
+  struct stat other;
+  return stat(from.c_str(), &one) == 0 && stat(to.c_str(), &other) == 0 && S_ISDIR(one.st_mode) &&
+         S_ISDIR(other.st_mode) && one.st_dev == other.st_dev &&
+         access(from.c_str(), W_OK | X_OK) == 0 && access(to.c_str(), W_OK | X_OK) == 0;
 }
 
-void LockDirectory(const std::string& path) {
+bool Flush(const std::string& path, const std::string& destination) {
+  const int file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  struct stat info;
+  int error = 0;
+  if (file < 0 || fstat(file, &info) != 0)
+    error = errno;
+  else
+    error = S_ISDIR(info.st_mode) ? FlushFileSystem(file) : FlushFile(file);
+  close(file);
+  if (error == 0 || CannotFlush(error)) return true;
+  std::cerr << "Failed to write \"" << destination << "\" to the disk" << std::endl;
+  return false;
+}
+
+bool Flush(const std::string& path) { return Flush(path, path); }
+
+bool LockDirectory(const std::string& path) {
   const int directory = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (directory >= 0) flock(directory, LOCK_EX);  // held as long as it is open
+  return directory >= 0 && flock(directory, LOCK_EX) == 0;  // held as long as it is open
 }
 
 }  // namespace torvane
