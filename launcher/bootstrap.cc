@@ -1,5 +1,7 @@
 #include "launcher/bootstrap.h"
 
+#include <unistd.h>
+
 #include <deque>
 #include <filesystem>
 #include <fstream>
@@ -40,19 +42,19 @@ void SetFileToOpen(std::string path) { fileToOpen = std::move(path); }
 
 namespace {
 
-// The name under which copies lie until they are whole. Empty when other launches cannot be kept
-// from using it at the same time.
-std::string partName;
+// The name under which copies lie until they are whole, in the directory that they go to or below.
+std::string partName = ".Torvane Odrel.part";
 
-// Where copies to the directory, or below it, are made until they are whole; empty for none.
-std::string PartIn(const std::string& directory) {
-  return partName.empty() ? "" : directory + "/" + partName;
-}
+std::string PartIn(const std::string& directory) { return directory + "/" + partName; }
 
 // Waits for other launches with the same data, and removes what a killed one has left half-made.
+// Where that cannot be done, what lies half-made may be another launch's, and this one takes its
+// own name.
 void TakeTurn() {
-  if (!torvane::LockDirectory(newDataDirName)) return;
-  partName = ".Torvane Odrel.part";
+  if (!torvane::LockDirectory(newDataDirName)) {
+    partName += "." + std::to_string(getpid());
+    return;
+  }
   for (const std::string& directory : {newDataDirName, storageDirName, runtimeDirName})
     torvane::DeleteTree(PartIn(directory));
 }
@@ -149,7 +151,7 @@ bool MigrateDirectory(const Migration& migration, std::set<std::string>* copied)
   std::vector<std::string> work = torvane::ListDirectory(migration.old);
   for (std::size_t k = 0; k < work.size(); ++k) {
     const std::string relative = work[k];
-    if (IsPassedOver(relative, migration)) continue;
+    if (fs::path(relative).filename() == partName || IsPassedOver(relative, migration)) continue;
     const std::string source = migration.old + "/" + relative;
     if (torvane::DirectoryExists(source)) {
       for (const std::string& name : torvane::ListDirectory(source))
@@ -284,7 +286,7 @@ std::string LatestOdrelUmoFile() {
 // The path of the executable in the greatest-named runtime; empty when that one has none.
 std::string LatestVEKRuntime() {
   const std::vector<std::string> runtimes = torvane::SearchDirectory(runtimeDirName, "*");
-  if (runtimes.empty()) return "";
+  if (runtimes.empty() || runtimes.back().rfind(partName, 0) == 0) return "";
   const std::string executable =
       runtimeDirName + "/" + runtimes.back() + "/Torvane Odrel.app/Contents/MacOS/Torvane Umo";
   return torvane::FileExists(executable) ? executable : "";
