@@ -30,15 +30,9 @@ std::vector<std::string> Split(std::istream&& input, char delimiter) {
 - (id)init {
   return self;
 }
-- (void)release {
-  object_dispose(self);
-}
 @end
 
 @implementation NSString
-+ (NSString*)stringWithUTF8String:(const char*)utf8 {
-  return [[NSString alloc] initWithUTF8String:utf8];
-}
 - (id)initWithUTF8String:(const char*)utf8 {
   text = utf8;
   return self;
@@ -119,26 +113,19 @@ std::vector<std::string> Split(std::istream&& input, char delimiter) {
 
 - (void)open:(const std::vector<std::string>&)files {
   std::vector<NSString*> names;
-  names.reserve(files.size());
   for (const std::string& file : files)
     names.push_back([[NSString alloc] initWithUTF8String:file.c_str()]);
-
-  BOOL opened = NO;
-  if (names.size() == 1) {
-    opened = [delegate application:self openFile:names[0]];
-  } else {
-    NSArray* array = [[NSArray alloc] initWithStrings:names.data()];
-    opened = [delegate application:self openFiles:array];
-    [array release];
-  }
+  const BOOL opened =
+      names.size() == 1
+          ? [delegate application:self openFile:names[0]]
+          : [delegate application:self
+                        openFiles:[[NSArray alloc] initWithStrings:names.data()]];
   if (!opened) std::fputs("The document could not be opened.\n", stderr);
-  for (NSString* name : names) [name release];
 }
 
 - (void)openArguments {
-  NSString* const name = [[NSString alloc] initWithUTF8String:"NSTreatUnknownArgumentsAsOpen"];
-  NSString* const value = [[NSUserDefaults standardUserDefaults] stringForKey:name];
-  [name release];
+  NSString* const value =
+      [[NSUserDefaults standardUserDefaults] stringForKey:@"NSTreatUnknownArgumentsAsOpen"];
   if (value != nil && std::strcmp([value UTF8String], "NO") == 0) return;
 
   std::ifstream commandLine("/proc/self/cmdline");
@@ -152,15 +139,12 @@ std::vector<std::string> Split(std::istream&& input, char delimiter) {
   running = YES;
   [self openArguments];
   const char* documents = std::getenv("ODREL_OPEN_DOCUMENTS");
-  for (const std::string& request :
-       Split(std::istringstream(documents != nullptr ? documents : ""), '\n')) {
+  for (const std::string& request : Split(std::istringstream(documents ? documents : ""), '\n')) {
     const std::vector<std::string> files = Split(std::istringstream(request), '\t');
     if (!files.empty()) [self open:files];
   }
 
-  NSNotification* notification = [[NSNotification alloc] initWithObject:self];
-  [delegate applicationDidFinishLaunching:notification];
-  [notification release];
+  [delegate applicationDidFinishLaunching:[[NSNotification alloc] initWithObject:self]];
   do {
     while (events == 0) pause();
     --events;
@@ -172,7 +156,6 @@ std::vector<std::string> Split(std::istream&& input, char delimiter) {
 }
 
 - (void)postEvent:(NSEvent*)event atStart:(BOOL)first {
-  [event release];
   ++events;
 }
 @end

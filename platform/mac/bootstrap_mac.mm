@@ -38,22 +38,14 @@
 
 @end
 
-namespace {
-
-// Keeps the platform from opening the launcher's arguments: they are the runtime's. Nothing is
-// written to the user's preferences.
-void LeaveArgumentsAlone() {
-  NSString* const name = [NSString stringWithUTF8String:"NSTreatUnknownArgumentsAsOpen"];
-  NSString* const value = [NSString stringWithUTF8String:"NO"];
-  NSUserDefaults* const defaults = [NSUserDefaults standardUserDefaults];
-  [defaults registerDefaults:[NSDictionary dictionaryWithObject:value forKey:name]];
-}
-
-}  // namespace
-
 void PlatformSetup() {
-  LeaveArgumentsAlone();
-  NSApplication* application = [NSApplication sharedApplication];
+  // The launcher's arguments are the runtime's: the platform must not open them as documents.
+  // Nothing is written to the user's preferences.
+  [[NSUserDefaults standardUserDefaults]
+      registerDefaults:[NSDictionary dictionaryWithObject:@"NO"
+                                                   forKey:@"NSTreatUnknownArgumentsAsOpen"]];
+
+  NSApplication* const application = [NSApplication sharedApplication];
   // Lives as long as the application object, which does not retain it.
   static OdrelAppDelegate* const delegate = [[OdrelAppDelegate alloc] init];
   [application setDelegate:delegate];

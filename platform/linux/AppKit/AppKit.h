@@ -1,6 +1,5 @@
 // The part of AppKit and Foundation that the launcher calls, answered on Linux over the Objective-C
-// runtime of GCC. Objects that a method creates live until the process ends unless it says
-// otherwise.
+// runtime of GCC. All objects live until the process ends.
 #pragma once
 
 #include <objc/objc.h>
@@ -20,21 +19,21 @@ __attribute__((objc_root_class))
 }
 + (id)alloc;
 - (id)init;
-- (void)release;  // frees the object at once: here every object has one owner
 @end
 
+// The compiler lays out the literals @"..." as objects of this class.
 @interface NSString : NSObject {
   const char* text;
+  unsigned int length;
 }
-+ (NSString*)stringWithUTF8String:(const char*)utf8;
-- (id)initWithUTF8String:(const char*)utf8;  // not copied: it must outlive the string
+- (id)initWithUTF8String:(const char*)utf8;  // not copied
 - (const char*)UTF8String;
 @end
 
 @interface NSArray : NSObject {
   NSString* const* elements;
 }
-- (id)initWithStrings:(NSString* const*)strings;  // not copied either
+- (id)initWithStrings:(NSString* const*)strings;  // not copied
 - (id)objectAtIndex:(NSUInteger)index;
 @end
 
@@ -93,15 +92,14 @@ using NSEventModifierFlags = NSUInteger;
   BOOL running;
 }
 + (NSApplication*)sharedApplication;
-- (void)setDelegate:(id<NSApplicationDelegate>)object;  // not owned
+- (void)setDelegate:(id<NSApplicationDelegate>)object;
 // Hands the delegate the open requests of the start, a single file as openFile:, several as
-// openFiles:, tells the user when the answer is NO, and then sends the did-finish-launching
-// notification. Returns after the first event that
-// was handled with stop: called; waits for ever when none is posted. The requests are the
-// process's arguments that do not begin with "-", unless the default NSTreatUnknownArgumentsAsOpen
-// is "NO", and then those of the environment variable ODREL_OPEN_DOCUMENTS: one request a line, the
-// files of a request separated by tabs.
+// openFiles:, and tells the user when the answer is NO. Then sends the did-finish-launching
+// notification, and returns after the first event that was handled with stop: called; waits for ever
+// when none is posted. The requests are the process's arguments that do not begin with "-", unless
+// the default NSTreatUnknownArgumentsAsOpen is "NO", and then those of the environment variable
+// ODREL_OPEN_DOCUMENTS: one request a line, the files of a request separated by tabs.
 - (void)run;
 - (void)stop:(id)sender;
-- (void)postEvent:(NSEvent*)event atStart:(BOOL)first;  // frees the event
+- (void)postEvent:(NSEvent*)event atStart:(BOOL)first;
 @end
