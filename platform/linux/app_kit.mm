@@ -33,20 +33,11 @@ std::vector<std::string> Split(std::istream&& input, char delimiter) {
 @end
 
 @implementation NSString
-- (id)initWithUTF8String:(const char*)utf8 {
-  text = utf8;
-  return self;
-}
-- (const char*)UTF8String {
-  return text;
-}
+@synthesize UTF8String;
 @end
 
 @implementation NSArray
-- (id)initWithStrings:(NSString* const*)strings {
-  elements = strings;
-  return self;
-}
+@synthesize elements;
 - (id)objectAtIndex:(NSUInteger)index {
   return elements[index];
 }
@@ -78,13 +69,7 @@ std::vector<std::string> Split(std::istream&& input, char delimiter) {
 @end
 
 @implementation NSNotification
-- (id)initWithObject:(id)object {
-  sender = object;
-  return self;
-}
-- (id)object {
-  return sender;
-}
+@synthesize object;
 @end
 
 @implementation NSEvent
@@ -102,24 +87,23 @@ std::vector<std::string> Split(std::istream&& input, char delimiter) {
 @end
 
 @implementation NSApplication
+@synthesize delegate;
+
 + (NSApplication*)sharedApplication {
   static NSApplication* const application = [[NSApplication alloc] init];
   return application;
 }
 
-- (void)setDelegate:(id<NSApplicationDelegate>)object {
-  delegate = object;
-}
-
 - (void)open:(const std::vector<std::string>&)files {
   std::vector<NSString*> names;
-  for (const std::string& file : files)
-    names.push_back([[NSString alloc] initWithUTF8String:file.c_str()]);
-  const BOOL opened =
-      names.size() == 1
-          ? [delegate application:self openFile:names[0]]
-          : [delegate application:self
-                        openFiles:[[NSArray alloc] initWithStrings:names.data()]];
+  for (const std::string& file : files) {
+    names.push_back([[NSString alloc] init]);
+    names.back().UTF8String = file.c_str();
+  }
+  NSArray* const array = [[NSArray alloc] init];
+  array.elements = names.data();
+  const BOOL opened = names.size() == 1 ? [delegate application:self openFile:names[0]]
+                                        : [delegate application:self openFiles:array];
   if (!opened) std::fputs("The document could not be opened.\n", stderr);
 }
 
@@ -144,7 +128,9 @@ std::vector<std::string> Split(std::istream&& input, char delimiter) {
     if (!files.empty()) [self open:files];
   }
 
-  [delegate applicationDidFinishLaunching:[[NSNotification alloc] initWithObject:self]];
+  NSNotification* const notification = [[NSNotification alloc] init];
+  notification.object = self;
+  [delegate applicationDidFinishLaunching:notification];
   do {
     while (events == 0) pause();
     --events;

@@ -23,17 +23,16 @@ __attribute__((objc_root_class))
 
 // The compiler lays out the literals @"..." as objects of this class.
 @interface NSString : NSObject {
-  const char* text;
+  const char* UTF8String;
   unsigned int length;
 }
-- (id)initWithUTF8String:(const char*)utf8;  // not copied
-- (const char*)UTF8String;
+@property(nonatomic, assign) const char* UTF8String;
 @end
 
 @interface NSArray : NSObject {
   NSString* const* elements;
 }
-- (id)initWithStrings:(NSString* const*)strings;  // not copied
+@property(nonatomic, assign) NSString* const* elements;
 - (id)objectAtIndex:(NSUInteger)index;
 @end
 
@@ -54,10 +53,9 @@ __attribute__((objc_root_class))
 @end
 
 @interface NSNotification : NSObject {
-  id sender;
+  id object;
 }
-- (id)initWithObject:(id)object;
-- (id)object;  // the one who posted the notification
+@property(nonatomic, assign) id object;  // the one who posted the notification
 @end
 
 @class NSGraphicsContext;
@@ -91,8 +89,8 @@ using NSEventModifierFlags = NSUInteger;
   NSUInteger events;  // posted and not yet handled
   BOOL running;
 }
+@property(nonatomic, assign) id<NSApplicationDelegate> delegate;
 + (NSApplication*)sharedApplication;
-- (void)setDelegate:(id<NSApplicationDelegate>)object;
 // Hands the delegate the open requests of the start, a single file as openFile:, several as
 // openFiles:, and tells the user when the answer is NO. Then sends the did-finish-launching
 // notification, and returns after the first event that was handled with stop: called; waits for ever
