@@ -31,25 +31,18 @@ const std::string storageDirName = newDataDirName + "/Local Storage";
 const std::string runtimeDirName = newDataDirName + "/runtime";
 const std::string migratedFile = "migrated";
 
-const char* const oldDataDirNames[] = {"Torvane Odrel 2.0", "Torvane Odrel 2.1",
-                                       "Torvane Odrel 2.2", nullptr};
-
-}  // namespace
-
 std::string fileToOpen;
 
-void SetFileToOpen(std::string path) { fileToOpen = std::move(path); }
-
-namespace {
+const char* const oldDataDirNames[] = {"Torvane Odrel 2.0", "Torvane Odrel 2.1",
+                                       "Torvane Odrel 2.2", nullptr};
 
 // The name under which copies lie until they are whole, in the directory that they go to or below.
 std::string partName = ".Torvane Odrel.part";
 
 std::string PartIn(const std::string& directory) { return directory + "/" + partName; }
 
-// Waits for other launches with the same data, and removes what a killed one has left half-made.
-// Where that cannot be done, what lies half-made may be another launch's, and this one takes its
-// own name.
+// Waits for other launches with the same data, and removes what a killed one has left aside. Where
+// that cannot be done, it may be another launch's, and this one takes a name of its own.
 void TakeTurn() {
   if (!torvane::LockDirectory(newDataDirName)) {
     partName += "." + std::to_string(getpid());
@@ -62,7 +55,7 @@ void TakeTurn() {
 // Creates an empty file and waits until it is on the disk; writes a line and returns false when it
 // cannot.
 bool Touch(const std::string& path) {
-  if (std::ofstream(path).is_open()) return torvane::Flush(path);
+  if (std::ofstream(path).is_open()) return torvane::Flush(path, path);
   std::cerr << "Failed to touch \"" << path << "\"" << std::endl;
   return false;
 }
@@ -72,16 +65,13 @@ struct Migration {
   std::string old;                 // the directory that holds it
   std::vector<std::string> newer;  // those of newer releases
   std::string marker;              // the file that marks it as migrated
-  // The file that remembers that it could not be marked: by the time of the next launch the
-  // application has run, and its files must not be replaced.
-  std::string memory;
+  std::string memory;              // the one that remembers that it could not be marked
   bool repeated = false;
   bool whole = false;
 };
 
-// True when a newer release has something else in the place of a link to a directory, or such a
-// link in the place of something else: its files would be copied through the link, or find no
-// place.
+// True when a newer release has something else in the place of a link to a directory, or the other
+// way round. The one would be copied through the link, or the link would find no place.
 bool IsPassedOver(const std::string& relative, const Migration& migration) {
   const bool isLink = torvane::LinksToDirectory(migration.old + "/" + relative);
   for (const std::string& directory : migration.newer) {
@@ -103,44 +93,35 @@ bool IsCopiedAgain(const std::string& relative, const Migration& migration) {
   return false;
 }
 
-// What is in the place of a file. A link counts as a file when it leads somewhere, no matter where.
-// none when that cannot be told.
-fs::file_type TypeAt(const std::string& path) {
-  std::error_code error;
-  const fs::file_type type = fs::symlink_status(path, error).type();
-  if (type != fs::file_type::symlink) return type;
-  if (torvane::IsMissing(path)) return fs::file_type::not_found;
-  return torvane::FileExists(path) ? fs::file_type::regular : fs::file_type::none;
-}
-
-// Copies a file of an old data directory; false when that fails. A repeated migration leaves a file
-// that is there already, because the application may have changed it. It does replace one of
-// *copied: this launch has put it there from an older release. The relative path is added to
-// *copied.
+// Copies a file of an old data directory; false when that fails. A repeated migration leaves what
+// is there already, because the application may have changed it, unless it is in *copied: this
+// launch has put it there from an older release. The relative path is added to *copied.
 bool MigrateFile(const std::string& relative, const Migration& migration,
                  std::set<std::string>* copied) {
   const std::string source = migration.old + "/" + relative;
   const std::string destination = newDataDirName + "/" + relative;
   const std::string failure = "Failed to copy \"" + source + "\" to \"" + destination + "\"";
   const bool replacesOlder = copied->count(relative) != 0;
-  torvane::WhenWhole whenWhole = torvane::WhenWhole::move;
-  if (migration.repeated) {
-    const fs::file_type there = TypeAt(destination);
-    if (there == fs::file_type::regular && !replacesOlder) return true;
-    if (there == fs::file_type::none) {
-      std::cerr << failure << std::endl;
-      return false;
-    }
-    // After a kill in between the older release's copy would be left alone as the application's.
-    whenWhole = IsCopiedAgain(relative, migration) ? torvane::WhenWhole::remove
-                                                   : torvane::WhenWhole::flushAndMove;
+  std::error_code error;
+  const fs::file_status there = fs::symlink_status(destination, error);
+  const bool isInTheWay = fs::is_directory(there) || fs::is_other(there);
+  if (migration.repeated && !replacesOlder && !isInTheWay && !torvane::IsMissing(destination)) {
+    if (torvane::FileExists(destination)) return true;
+    std::cerr << failure << std::endl;  // it cannot be told what is there
+    return false;
   }
 
+  // A first migration is flushed in the end. In a repeated one, an older file that a kill has left
+  // in the place of a newer one would be taken for the application's.
+  const auto whenWhole = !migration.repeated                  ? torvane::WhenWhole::move
+                         : IsCopiedAgain(relative, migration) ? torvane::WhenWhole::remove
+                                                              : torvane::WhenWhole::flushAndMove;
   const torvane::CopyResult copy =
       torvane::StageFile(source, destination, PartIn(newDataDirName), failure, whenWhole);
   if (copy.success) copied->insert(relative);
-  // No later launch may take the older release's copy for this one.
-  if (copy.made == torvane::Made::part && replacesOlder) torvane::RemovePart(destination);
+  // No later launch may take the older release's copy for this one. A link to it stays.
+  if (copy.made == torvane::Made::part && replacesOlder)
+    fs::remove(fs::canonical(destination, error), error);
   return copy.success;
 }
 
@@ -163,40 +144,19 @@ bool MigrateDirectory(const Migration& migration, std::set<std::string>* copied)
   return success;
 }
 
-// Marks the old data directories that were copied whole, and remembers the others. They are marked
-// together: a file that a killed launch has copied from one of them must not keep out the newer
-// file of another.
-void MarkMigrated(const std::deque<Migration>& migrations) {
-  bool isNew = false;  // something will rest on what was copied
-  for (const Migration& migration : migrations)
-    isNew = isNew || migration.whole || !migration.repeated;
-  const bool onDisk = !isNew || torvane::Flush(newDataDirName);
-  for (const Migration& migration : migrations) {
-    if (migration.whole && onDisk && Touch(migration.marker))
-      torvane::DeleteFile(migration.memory);
-    else if (!torvane::FileExists(migration.memory))
-      Touch(migration.memory);
-  }
-}
-
-// Brings the data of earlier releases along, of the oldest first.
-void MigrateUserData() {
-  // The user data directory was unknown at start-up, so that there is no place to migrate to. It
-  // may be known by now, and the old data directories with it.
-  if (newDataDirName.empty()) return;
-
+// The migrations that are due, of the oldest release first.
+std::deque<Migration> DueMigrations() {
   constexpr int oldDataDirCount = 3;
   std::deque<Migration> migrations;
   std::vector<std::string> newer;
   for (int i = oldDataDirCount - 1; i >= 0; --i) {
-    const std::string name = oldDataDirNames[i];
     Migration migration;
-    migration.old = torvane::ApplicationDataDirectory(oldOrgName, name);
+    migration.old = torvane::ApplicationDataDirectory(oldOrgName, oldDataDirNames[i]);
     if (!torvane::DirectoryExists(migration.old)) continue;
     migration.newer = newer;
     newer.push_back(migration.old);
     migration.marker = migration.old + "/" + migratedFile;
-    migration.memory = newDataDirName + "/" + name + ".unmarked";
+    migration.memory = newDataDirName + "/" + oldDataDirNames[i] + ".unmarked";
     if (torvane::FileExists(migration.marker)) {
       torvane::DeleteFile(migration.memory);
       continue;
@@ -206,14 +166,35 @@ void MigrateUserData() {
         !torvane::IsMissing(migration.marker) || !torvane::IsMissing(migration.memory);
     migrations.push_front(migration);
   }
+  return migrations;
+}
 
+// Brings the data of earlier releases along. A directory that cannot be marked is remembered: by
+// the time of the next launch the application has run, and its files must not be replaced.
+void MigrateUserData() {
+  // The user data directory was unknown at start-up, so that there is no place to migrate to. It
+  // may be known by now, and the old data directories with it.
+  if (newDataDirName.empty()) return;
+
+  std::deque<Migration> migrations = DueMigrations();
   std::set<std::string> copied;
+  bool isFlushDue = false;  // a later launch will leave out something that was copied
   for (Migration& migration : migrations) {
     std::cout << "Migrating application data from \"" << migration.old << "\" to \""
               << newDataDirName << "\"" << std::endl;
     migration.whole = MigrateDirectory(migration, &copied);
+    isFlushDue = isFlushDue || migration.whole || !migration.repeated;
   }
-  MarkMigrated(migrations);
+
+  // They are marked together: a file that a killed launch has copied from one of them must not keep
+  // out the newer file of another.
+  const bool onDisk = !isFlushDue || torvane::Flush(newDataDirName, newDataDirName);
+  for (const Migration& migration : migrations) {
+    if (migration.whole && onDisk && Touch(migration.marker))
+      torvane::DeleteFile(migration.memory);
+    else if (!torvane::FileExists(migration.memory))
+      Touch(migration.memory);
+  }
 }
 
 // Moves the web storage of the old page origin to the place of the new one. The old file goes once
@@ -234,7 +215,7 @@ void MigrateLocalStorage() {
   if (!torvane::StageFile(source, destination, PartIn(storageDirName), failure).success) return;
   if (!torvane::StageFile(source, backup, PartIn(newDataDirName), incomplete).success) return;
   // The move to the destination must not be lost when the source is, which may lie on another disk.
-  if (!torvane::Flush(destination) || !torvane::DeleteFile(source))
+  if (!torvane::Flush(destination, destination) || !torvane::DeleteFile(source))
     std::cerr << incomplete << std::endl;
 }
 
@@ -269,15 +250,11 @@ void PrimeVEKRuntime() {
 
 // The name of the app package to load, the greatest that fits the version file; empty when none.
 std::string LatestOdrelUmoFile() {
+  std::string path = newDataDirName + "/version.txt";
+  if (!torvane::FileExists(path)) path = torvane::ExecutableDirectory() + "/version.txt";
   std::string version = "*";
-  for (const std::string& directory : {newDataDirName, torvane::ExecutableDirectory()}) {
-    const std::string path = directory + "/version.txt";
-    if (!torvane::FileExists(path)) continue;
-    std::ifstream file(path);
-    if (file.is_open()) std::getline(file, version);
-    break;
-  }
-
+  std::ifstream file(path);
+  std::getline(file, version);  // changes nothing when the file could not be opened
   const std::vector<std::string> packages =
       torvane::SearchDirectory(newDataDirName, "mrd-" + version + ".umo");
   return packages.empty() ? "" : packages.back();
@@ -307,6 +284,8 @@ std::vector<std::string> RuntimeArguments(const std::string& packagePath, int ar
 }
 
 }  // namespace
+
+void SetFileToOpen(std::string path) { fileToOpen = std::move(path); }
 
 int main(int argc, char** argv) {
   torvane::IgnoreClosedPipes();
@@ -338,8 +317,7 @@ int main(int argc, char** argv) {
   }
   std::cout << "Loading Vekara at \"" << runtimeExecutable << "\"" << std::endl;
 
-  const std::vector<std::string> arguments = RuntimeArguments(packagePath, argc, argv);
-  if (!torvane::SpawnProcess(runtimeExecutable, arguments, {})) {
+  if (!torvane::SpawnProcess(runtimeExecutable, RuntimeArguments(packagePath, argc, argv), {})) {
     std::cerr << "Failed to launch Torvane Odrel" << std::endl;
     return 3;
   }

@@ -14,12 +14,6 @@ namespace torvane {
 
 namespace {
 
-// Up to the last "/", that one excluded; empty when there is none.
-std::string Parent(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  return slash == std::string::npos ? "" : path.substr(0, slash);
-}
-
 // Copies the link itself. It takes the place of a file or a link, not of a directory.
 bool CopyLink(const std::string& source, const std::string& destination) {
   std::error_code error;
@@ -48,11 +42,10 @@ bool Transfer(const std::string& source, std::ifstream* in, std::ofstream* out) 
 // Exactly one side of a copy that cannot begin has failed.
 CopyResult ReportUnopened(const std::string& source, const std::string& destination,
                           bool sourceGood) {
-  const bool destinationGood = !sourceGood;
   std::cerr << "failed copy " << source << " to " << destination << std::endl;
-  std::cerr << "src good: " << sourceGood << " dest good: " << destinationGood << std::endl;
+  std::cerr << "src good: " << sourceGood << " dest good: " << !sourceGood << std::endl;
   std::cerr << "src state: fail " << !sourceGood << " bad 0" << std::endl;
-  std::cerr << "dest state: fail " << !destinationGood << " bad 0" << std::endl;
+  std::cerr << "dest state: fail " << sourceGood << " bad 0" << std::endl;
   return {false, Made::nothing};
 }
 
@@ -74,12 +67,6 @@ std::string ApplicationDataDirectory(const std::string& org, const std::string& 
   return userData + "/" + org + "/" + name;
 }
 
-bool IsMissing(const std::string& path) {
-  std::error_code error;
-  return fs::status(path, error).type() == fs::file_type::not_found ||
-         error == std::errc::too_many_symbolic_link_levels;
-}
-
 bool LinksToDirectory(const std::string& path) {
   std::error_code error;
   return fs::is_symlink(path, error) && fs::is_directory(path, error);
@@ -91,8 +78,9 @@ bool CopyFile(const std::string& source, const std::string& destination) {
 
 CopyResult CopyFile(const std::string& source, const std::string& destination,
                     const std::string& path) {
-  if (!MakeDirectory(Parent(path))) {
-    std::cerr << "CopyFile could not make directory " << Parent(destination) << std::endl;
+  if (!MakeDirectory(fs::path(path).parent_path())) {
+    std::cerr << "CopyFile could not make directory "
+              << fs::path(destination).parent_path().string() << std::endl;
     return {false, Made::nothing};
   }
 

@@ -1,6 +1,6 @@
-// Files, directories and the places where the launcher finds its own. Nothing here throws for a
-// failed system call, and paths are used as they are given. Only the copy functions and Flush write
-// lines, to standard error: the former those of success, too.
+// Questions about files, and copies. Nothing here throws for a failed system call, and paths are
+// used as they are given. Only the copy functions and Flush write lines, to standard error, the
+// former those of success, too.
 #pragma once
 
 #include <iosfwd>
@@ -25,8 +25,8 @@ std::string ApplicationDataDirectory(const std::string& org, const std::string& 
 // True when anything is at path, a directory too. Links are followed: one to nowhere gives false.
 bool FileExists(const std::string& path);
 
-// True when path leads to nothing: nothing is there, or a link to nowhere or in a circle. False
-// also when that cannot be told.
+// True when path leads to nothing, also by a link to nowhere or in a circle. False also when that
+// cannot be told.
 bool IsMissing(const std::string& path);
 
 // True when path itself is a directory. Links are not followed: one to a directory gives false.
@@ -35,12 +35,15 @@ bool DirectoryExists(const std::string& path);
 // True when path itself is a link, and leads to a directory.
 bool LinksToDirectory(const std::string& path);
 
+// True when entries of one directory can be moved to the other: both, links followed, are
+// directories of the same file system that may be written to.
+bool CanMove(const std::string& from, const std::string& to);
+
 // Removes a file, or a link and not what it points to; false on failure and for a directory.
 bool DeleteFile(const std::string& path);
 
-// Removes what is at path: a file, a link and not what it points to, or a directory with all that
-// is below it, at any depth. Other file systems that are mounted there stay. False when something
-// that should go is left, true when nothing was there.
+// Removes what is at path, links not followed: anything, or a directory with all that is below it,
+// at any depth, but for other file systems mounted there. False when something is left.
 bool DeleteTree(const std::string& path);
 
 // The names of all entries but "." and "..", in ascending byte order; empty on failure.
@@ -72,18 +75,17 @@ bool CopyFile(const std::string& source, const std::string& destination);
 // fails.
 bool CopyDirectory(const std::string& source, const std::string& destination);
 
-// What a copy has made of the file or tree.
+// What there is of a copy. A failed tree is a part only when nothing was in its place before.
 enum class Made { nothing, part, whole, link };
 
-// success is false also for a whole file whose permissions could not be applied, and true for a
-// copy onto itself, which makes nothing. The remains of a failed tree copy are a part only when
-// nothing was there before.
+// A whole file whose permissions could not be applied is no success; a copy onto itself, which
+// makes nothing, is one.
 struct CopyResult {
   bool success;
   Made made;
 };
 
-// The copies of the same names, written to path. Their lines tell the destination.
+// The same copies, made at path. Their lines tell the destination.
 CopyResult CopyFile(const std::string& source, const std::string& destination,
                     const std::string& path);
 CopyResult CopyDirectory(const std::string& source, const std::string& destination,
@@ -96,15 +98,10 @@ bool GetPermissions(const std::string& path, int* mode);
 // Applies the permission bits of mode (octal 07777) to what path leads to; false on failure.
 bool SetPermissions(const std::string& path, int mode);
 
-// True when entries of the one directory can be moved to the other: both, links followed, are
-// directories of the same file system that may be written to.
-bool CanMove(const std::string& from, const std::string& to);
-
 // Waits until the file that path leads to, or the whole file system of a directory, is on the disk.
-// True also where the file system has no way to do that; otherwise false, and a line tells the
+// True also where a file system has no way to do that; otherwise false, and a line tells the
 // destination.
 bool Flush(const std::string& path, const std::string& destination);
-bool Flush(const std::string& path);
 
 // Waits until no other process holds the directory, then holds it for the rest of this process,
 // programs that it starts excluded. False, at once, where the file system has no locks.

@@ -6,14 +6,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iostream>
-#include <iterator>
+#include <set>
 
 #include "util/file_util.h"
 #include "util/string_util.h"
@@ -32,8 +31,8 @@ int RemoveEntry(const char* path, const struct stat* /*info*/, int /*type*/, FTW
 
 // The errors of file systems that have no way to flush: nothing is left to wait for.
 bool CannotFlush(int error) {
-  constexpr int errors[] = {EINVAL, ENOSYS, ENOTSUP, EOPNOTSUPP, ENOTTY};
-  return std::find(std::begin(errors), std::end(errors), error) != std::end(errors);
+  const std::set<int> errors = {EINVAL, ENOSYS, ENOTSUP, EOPNOTSUPP, ENOTTY};
+  return errors.count(error) != 0;
 }
 
 // Both return an error number, 0 when done.
@@ -54,6 +53,11 @@ int FlushFileSystem(int file) { return syncfs(file) == 0 ? 0 : errno; }
 }  // namespace
 
 bool FileExists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
+
+bool IsMissing(const std::string& path) {
+  struct stat info;
+  return stat(path.c_str(), &info) != 0 && (errno == ENOENT || errno == ENOTDIR || errno == ELOOP);
+}
 
 bool DirectoryExists(const std::string& path) {
   struct stat info;
@@ -121,9 +125,7 @@ void OpenPrivate(const std::string& path, std::ofstream* stream) {
   const mode_t mask = umask(077);
   stream->open(path, std::ios::binary | std::ios::trunc);
   umask(mask);
-  int mode = 0;  // of a file that was there before, perhaps
-  if (stream->is_open() && GetPermissions(path, &mode) && (mode & 077) != 0)
-    SetPermissions(path, 0600);
+  if (stream->is_open()) SetPermissions(path, 0600);  // of a file that was there before
 }
 
 bool CanMove(const std::string& from, const std::string& to) {
@@ -137,18 +139,13 @@ bool CanMove(const std::string& from, const std::string& to) {
 bool Flush(const std::string& path, const std::string& destination) {
   const int file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   struct stat info;
-  int error = 0;
-  if (file < 0 || fstat(file, &info) != 0)
-    error = errno;
-  else
-    error = S_ISDIR(info.st_mode) ? FlushFileSystem(file) : FlushFile(file);
+  int error = file >= 0 && fstat(file, &info) == 0 ? 0 : errno;
+  if (error == 0) error = S_ISDIR(info.st_mode) ? FlushFileSystem(file) : FlushFile(file);
   close(file);
   if (error == 0 || CannotFlush(error)) return true;
   std::cerr << "Failed to write \"" << destination << "\" to the disk" << std::endl;
   return false;
 }
-
-bool Flush(const std::string& path) { return Flush(path, path); }
 
 bool LockDirectory(const std::string& path) {
   const int directory = open(path.c_str(), O_RDONLY | O_CLOEXEC);

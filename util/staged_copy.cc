@@ -24,9 +24,13 @@ fs::file_type TypeAt(const std::string& path) {
 CopyResult CopyInPlace(Copy copy, const std::string& source, const std::string& destination,
                        const std::string& failure) {
   CopyResult result = copy(source, destination, destination);
-  if (result.made == Made::whole && !Flush(destination)) result = {false, Made::part};
+  if (result.made == Made::whole && !Flush(destination, destination)) result = {false, Made::part};
   if (!result.success) std::cerr << failure << std::endl;
-  if (result.made == Made::part) RemovePart(destination);
+  if (result.made != Made::part) return result;
+  // The target of a link goes and the link stays, because the copy wrote through it.
+  std::error_code error;
+  if (!DeleteTree(fs::canonical(destination, error)))
+    std::cerr << "Failed to remove incomplete \"" << destination << "\"" << std::endl;
   return result;
 }
 
@@ -67,12 +71,6 @@ CopyResult StageFile(const std::string& source, const std::string& destination,
 CopyResult StageDirectory(const std::string& source, const std::string& destination,
                           const std::string& aside, const std::string& failure) {
   return Stage(CopyDirectory, source, destination, aside, failure, WhenWhole::flushAndMove);
-}
-
-void RemovePart(const std::string& path) {
-  std::error_code error;
-  if (!DeleteTree(fs::canonical(path, error)))
-    std::cerr << "Failed to remove incomplete \"" << path << "\"" << std::endl;
 }
 
 }  // namespace torvane

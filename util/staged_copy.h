@@ -1,13 +1,12 @@
 // Copies that are whole in their place, or not there at all.
 //
-// A copy is made aside, at a path where nothing else ever lies. When it is whole, its bytes are
-// flushed to the disk, and one rename moves it into its place: there is no moment at which a kill
-// or a power cut could leave a part there, and what was there is replaced, never written into. A
-// killed launch leaves nothing but what lies aside, which the next one removes.
-//
-// A copy is made in its place instead, and what a failure leaves of it removed, where a move would
-// not do: when something but a file is there (the copy follows links), when the place is on another
-// file system or its directory may not be written to, and when the path aside is not to be used.
+// A copy is made aside, at a path that nothing else uses. When it is whole, it is flushed to the
+// disk, and one rename moves it into its place. So a kill or a power cut leaves nothing but what
+// lies aside, which is for the next launch to remove, and a file that was in the place is replaced,
+// never written into. Where a rename would not do, the copy is made in its place, and what a
+// failure leaves of it is removed: when something but a file is there (links are followed), when
+// the place is on another file system or its directory may not be written to, and when something
+// lies aside already.
 #pragma once
 
 #include <string>
@@ -16,27 +15,20 @@
 
 namespace torvane {
 
-// What becomes of a copy made aside once it is whole.
-enum class WhenWhole {
-  flushAndMove,
-  move,    // the caller flushes it, with others
-  remove,  // a further copy to the same place follows
-};
+// What becomes of a copy that is whole: its caller may flush it with others, or make another one
+// for the same place.
+enum class WhenWhole { flushAndMove, move, remove };
 
-// CopyFile and CopyDirectory with that promise: aside is the path where the copy is made, or empty
-// when there is none. When the copy fails, the line failure follows the copy's own lines, and the
-// destination stays as it was, unless the copy had to be made there. What somebody has put at the
-// destination while it was copied stays as well. A whole file whose permissions could not be
-// applied counts as failed but takes its place. Returns how the copy has ended; what it made is
-// moved or gone by then.
+// Copies a file as CopyFile does, aside first. The line failure follows the copy's own when it
+// fails; the destination then stays as it was, unless the copy had to be made there, and so does
+// what somebody has put there meanwhile. A whole file whose permissions could not be applied takes
+// its place but counts as failed. The result tells what was made, also when it was removed again.
 CopyResult StageFile(const std::string& source, const std::string& destination,
                      const std::string& aside, const std::string& failure,
                      WhenWhole whenWhole = WhenWhole::flushAndMove);
+
+// The same for a tree, as CopyDirectory copies it.
 CopyResult StageDirectory(const std::string& source, const std::string& destination,
                           const std::string& aside, const std::string& failure);
-
-// Removes an incomplete copy, so that no later launch takes it for the whole; writes a line when it
-// cannot. Removes the target of a link and keeps the link, because the copy wrote through it.
-void RemovePart(const std::string& path);
 
 }  // namespace torvane

@@ -7,15 +7,11 @@ namespace {
 template <typename String>
 std::size_t TokenizeAs(const String& text, const String& delimiters, std::vector<String>* tokens) {
   tokens->clear();
-  std::size_t start = text.find_first_not_of(delimiters, 0);
+  std::size_t start = text.find_first_not_of(delimiters);
   while (start != String::npos) {
     const std::size_t end = text.find_first_of(delimiters, start + 1);
-    if (end == String::npos) {
-      tokens->push_back(text.substr(start));
-      break;
-    }
     tokens->push_back(text.substr(start, end - start));
-    start = text.find_first_not_of(delimiters, end + 1);
+    start = text.find_first_not_of(delimiters, end);
   }
   return tokens->size();
 }

@@ -8,7 +8,6 @@
 #include <fstream>
 #include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace {
@@ -50,9 +49,6 @@ std::vector<std::string> Split(std::istream&& input, char delimiter) {
   dictionary->key = key;
   return dictionary;
 }
-- (id)objectForKey:(NSString*)wanted {
-  return std::strcmp([key UTF8String], [wanted UTF8String]) == 0 ? object : nil;
-}
 @end
 
 @implementation NSUserDefaults
@@ -64,7 +60,9 @@ std::vector<std::string> Split(std::istream&& input, char delimiter) {
   registered = defaults;
 }
 - (NSString*)stringForKey:(NSString*)key {
-  return [registered objectForKey:key];
+  const BOOL found =
+      registered != nil && std::strcmp(registered->key.UTF8String, key.UTF8String) == 0;
+  return found ? registered->object : nil;
 }
 @end
 
@@ -75,8 +73,8 @@ std::vector<std::string> Split(std::istream&& input, char delimiter) {
 @implementation NSEvent
 + (NSEvent*)otherEventWithType:(NSEventType)type
                       location:(NSPoint)location
-                 modifierFlags:(NSEventModifierFlags)flags
-                     timestamp:(NSTimeInterval)time
+                 modifierFlags:(NSUInteger)flags
+                     timestamp:(double)time
                   windowNumber:(NSInteger)window
                        context:(NSGraphicsContext*)context
                        subtype:(short)subtype
@@ -110,13 +108,11 @@ std::vector<std::string> Split(std::istream&& input, char delimiter) {
 - (void)openArguments {
   NSString* const value =
       [[NSUserDefaults standardUserDefaults] stringForKey:@"NSTreatUnknownArgumentsAsOpen"];
-  if (value != nil && std::strcmp([value UTF8String], "NO") == 0) return;
+  if (value != nil && std::strcmp(value.UTF8String, "NO") == 0) return;
 
-  std::ifstream commandLine("/proc/self/cmdline");
-  std::string argument;
-  std::getline(commandLine, argument, '\0');  // the program
-  for (const std::string& file : Split(std::move(commandLine), '\0'))
-    if (file[0] != '-') [self open:std::vector<std::string>(1, file)];
+  const std::vector<std::string> words = Split(std::ifstream("/proc/self/cmdline"), '\0');
+  for (std::size_t i = 1; i < words.size(); ++i)
+    if (words[i][0] != '-') [self open:std::vector<std::string>(1, words[i])];
 }
 
 - (void)run {

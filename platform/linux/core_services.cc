@@ -3,25 +3,21 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 namespace {
 
-// The variable's value when it holds an absolute path, else the empty string.
-std::string AbsolutePathIn(const char* variable) {
-  const char* value = std::getenv(variable);
-  return value != nullptr && value[0] == '/' ? value : "";
-}
-
-// The path has no "/" at its end, unless it is the root; empty when no home directory is known.
+// Has no "/" at its end, unless it is the root; empty when no home directory is known.
 std::string XdgDataDirectory() {
-  std::string directory = AbsolutePathIn("XDG_DATA_HOME");
-  if (directory.empty()) {
-    const std::string home = AbsolutePathIn("HOME");
-    if (home.empty()) return "";
-    directory = home + "/.local/share";
+  for (const auto& [variable, below] :
+       {std::pair("XDG_DATA_HOME", ""), {"HOME", "/.local/share"}}) {
+    const char* value = std::getenv(variable);
+    if (value == nullptr || value[0] != '/') continue;
+    std::string directory = std::string(value) + below;
+    while (directory.size() > 1 && directory.back() == '/') directory.pop_back();
+    return directory;
   }
-  while (directory.size() > 1 && directory.back() == '/') directory.pop_back();
-  return directory;
+  return "";
 }
 
 }  // namespace

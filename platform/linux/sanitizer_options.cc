@@ -1,7 +1,5 @@
-// Part of the launcher in the sanitize build only.
-
-// GCC's Objective-C runtime drops its last pointers to some of its own start-up allocations, and
-// the objects of the platform stand-in live until the process ends.
+// Part of the launcher in the sanitize build only. Of what GCC's Objective-C runtime allocates it
+// drops pointers at its start, and objects live until the process ends.
 extern "C" const char* __lsan_default_suppressions() {
   return "leak:objc_malloc\nleak:objc_calloc\n";
 }

@@ -6,7 +6,6 @@
 
 using NSInteger = long;
 using NSUInteger = unsigned long;
-using NSTimeInterval = double;
 
 struct NSPoint {
   double x, y;
@@ -37,11 +36,11 @@ __attribute__((objc_root_class))
 @end
 
 @interface NSDictionary : NSObject {
+ @public
   id object;
   NSString* key;
 }
 + (NSDictionary*)dictionaryWithObject:(id)object forKey:(NSString*)key;
-- (id)objectForKey:(NSString*)key;
 @end
 
 @interface NSUserDefaults : NSObject {
@@ -61,13 +60,12 @@ __attribute__((objc_root_class))
 @class NSGraphicsContext;
 
 enum NSEventType { NSEventTypeApplicationDefined = 15 };
-using NSEventModifierFlags = NSUInteger;
 
 @interface NSEvent : NSObject
 + (NSEvent*)otherEventWithType:(NSEventType)type
                       location:(NSPoint)location
-                 modifierFlags:(NSEventModifierFlags)flags
-                     timestamp:(NSTimeInterval)time
+                 modifierFlags:(NSUInteger)flags
+                     timestamp:(double)time
                   windowNumber:(NSInteger)window
                        context:(NSGraphicsContext*)context
                        subtype:(short)subtype
@@ -93,10 +91,10 @@ using NSEventModifierFlags = NSUInteger;
 + (NSApplication*)sharedApplication;
 // Hands the delegate the open requests of the start, a single file as openFile:, several as
 // openFiles:, and tells the user when the answer is NO. Then sends the did-finish-launching
-// notification, and returns after the first event that was handled with stop: called; waits for ever
-// when none is posted. The requests are the process's arguments that do not begin with "-", unless
-// the default NSTreatUnknownArgumentsAsOpen is "NO", and then those of the environment variable
-// ODREL_OPEN_DOCUMENTS: one request a line, the files of a request separated by tabs.
+// notification, and returns after the first event that was handled with stop: called; waits for
+// ever when none is posted. The requests are the process's arguments that do not begin with "-",
+// unless the default NSTreatUnknownArgumentsAsOpen is "NO", and then those of the environment
+// variable ODREL_OPEN_DOCUMENTS: one request a line, the files of a request separated by tabs.
 - (void)run;
 - (void)stop:(id)sender;
 - (void)postEvent:(NSEvent*)event atStart:(BOOL)first;
