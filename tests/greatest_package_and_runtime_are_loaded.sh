@@ -1,0 +1,56 @@
+# The greatest package that fits the version file is loaded by the greatest runtime, from the user
+# data directory, in which only the application's is created.
+set -e; source "$(dirname "$0")/launch.sh"
+check_data_directory() { # DIRECTORY XDG_DATA_HOME
+  environment=(HOME="$root/home" XDG_DATA_HOME="$2")
+  no_package | expect launch
+  put "$1"  # a file
+  no_package | expect launch
+  rm "$1"
+  mkdir "$1"
+  no_package | expect launch
+}
+check_data_directory home/.local/share x
+test -d 'home/.local/share/Torvane/Torvane Odrel 2.2'
+deep=$root/U$(printf '/%0200d' 0 0 0 0)/
+longest=$deep$(printf "%0$((1023 - ${#deep}))d")
+check_data_directory "$longest" "$longest/"
+test -d "$longest/Torvane/Torvane Odrel 2.2"
+check_data_directory "${longest}0" "${longest}0"
+test ! -e "${longest}0/Torvane"
+
+environment=(XDG_DATA_HOME="$root/U")
+put U/Torvane
+printf '%s\n' -- 'Failed to create Odrel app data directory "A"' '-- exit code 1' | expect launch
+rm U/Torvane
+
+runtime A/runtime/vek-1
+check() { # LOADED A'S-VERSION B'S-VERSION PACKAGE...
+  rm -f A/mrd* A/MRD* ?/version.txt
+  if [ "$2" != - ]; then printf %b "$2" >A/version.txt; fi
+  if [ "$3" != - ]; then printf %b "$3" >B/version.txt; fi
+  for package in "${@:4}"; do put "A/$package"; done
+  if [ "$1" != - ]; then started "$1" vek-1; else no_package; fi | expect launch
+}
+check mrd-2.2.9.umo - - mrd-2.2.9.umo mrd-2.2.10.umo mrd-3.umo.bak
+check mrd-2.umo - - MRD-3.0.UMO mrd-2.umo
+check mrd-2.2.10.umo '2.2.10\nmore' 2.2.9 mrd-2.2.9.umo mrd-2.2.10.umo
+check mrd-2.2.10.umo - 2.2.10 mrd-2.2.9.umo mrd-2.2.10.umo
+check - '2\r\n' - mrd-2.umo
+check - '' 2 mrd-2.umo
+check mrd-2.2.2.umo '2.2.*' - mrd-2.2.1.umo mrd-2.2.2.umo mrd-2.3.umo
+check 'mrd-\x.umo' '\\x' - 'mrd-\x.umo' mrd-x.umo
+
+check mrd-1.umo - - mrd-1.umo
+for name in vek-10 vek-9 VEK-99; do runtime A/runtime/$name; done
+started mrd-1.umo vek-9 | expect launch
+put A/runtime/zzzz
+expect launch <<'END'
+Dianostics: ON
+Loading Odrel package "A/mrd-1.umo"
+--
+Unable to find an Odrel app package to prime
+Unable to find a Vekara runtime to prime
+Unable to find a Vekara runtime on the system
+-- exit code 4
+END

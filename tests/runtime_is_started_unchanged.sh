@@ -1,0 +1,41 @@
+# The runtime receives document, arguments and environment unchanged, and the launcher's path at any
+# length. A runtime that cannot be executed is told, and an empty file stays in /tmp each time.
+set -e; source "$(dirname "$0")/launch.sh"
+put A/mrd-1.umo
+runtime A/runtime/vek-1
+check() { # ENTRY OF THE ENVIRONMENT, RUNTIME'S ARGUMENTS UP TO THE LAUNCHER'S -- ...
+  environment[1]=$1
+  { started mrd-1.umo vek-1 "${@:2}"; echo "$1"; } | expect launch "${arguments[@]}"
+}
+
+arguments=('' ' b c ' $'line\nfeed' $'\xff\xfe' --umo-enable-logging /tmp "$(printf %0100000d)")
+for _ in {1..3000}; do arguments+=(-n); done
+check $'BYTES=\xff\n' "${arguments[@]}"
+arguments=(-a /b)
+check ODREL_OPEN_DOCUMENTS=/tmp/x.txt /tmp/x.txt -a /b
+check $'ODREL_OPEN_DOCUMENTS=/\xc3\xbc/a b\t/second' $'/\xc3\xbc/a b' -a /b
+check $'ODREL_OPEN_DOCUMENTS=/first\n\n/last\t/other\n' /last -a /b
+check $'ODREL_OPEN_DOCUMENTS=\n\t\n' -a /b
+
+deep=$(printf "/%0240d" 0 0 0 0 0)
+mkdir -p "B$deep"
+mv B/odrel "B$deep"
+link B/odrel ".$deep/odrel"
+check LSAN_OPTIONS=detect_leaks=0 -a /b  # clang's symbolizer cannot read a path that long
+
+# The names in /tmp are the C library's choice; by an unusual mode this run knows its own files.
+umask 0$((RANDOM % 8))$((RANDOM % 2 * 4))
+: >mode
+: >'A/runtime/vek-1/Torvane Odrel.app/Contents/MacOS/Torvane Umo'
+markers() { find /tmp -maxdepth 1 -name 'file*' -empty -newer mode -perm "$(stat -c %a mode)" "$@"; }
+{ started mrd-1.umo vek-1 | sed -n 1,6p; printf '%s\n' 'Failed to launch Torvane Odrel' '-- exit code 3'; } >told
+noticed=0
+rm record
+: >record  # instead of the pipe: a slow child may fail after the launcher has looked
+for _ in {1..20}; do
+  launch >shown
+  if cmp -s told shown; then noticed=$((noticed + 1)); fi
+done
+test $noticed -ge 3
+until [ "$(markers | wc -l)" -ge 20 ]; do sleep 0.1; done
+markers -delete
