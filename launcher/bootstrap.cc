@@ -8,7 +8,6 @@
 #include <iostream>
 #include <set>
 #include <string>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -117,7 +116,7 @@ bool MigrateFile(const std::string& relative, const Migration& migration,
                          : IsCopiedAgain(relative, migration) ? torvane::WhenWhole::remove
                                                               : torvane::WhenWhole::flushAndMove;
   const torvane::CopyResult copy =
-      torvane::StageFile(source, destination, PartIn(newDataDirName), failure, whenWhole);
+      torvane::StageFile({source, destination, PartIn(newDataDirName), failure, whenWhole});
   if (copy.success) copied->insert(relative);
   // No later launch may take the older release's copy for this one. A link to it stays.
   if (copy.made == torvane::Made::part && replacesOlder)
@@ -172,9 +171,7 @@ std::deque<Migration> DueMigrations() {
 // Brings the data of earlier releases along. A directory that cannot be marked is remembered: by
 // the time of the next launch the application has run, and its files must not be replaced.
 void MigrateUserData() {
-  // The user data directory was unknown at start-up, so that there is no place to migrate to. It
-  // may be known by now, and the old data directories with it.
-  if (newDataDirName.empty()) return;
+  if (newDataDirName.empty()) return;  // unknown at start-up, though it may be known by now
 
   std::deque<Migration> migrations = DueMigrations();
   std::set<std::string> copied;
@@ -212,8 +209,8 @@ void MigrateLocalStorage() {
   const std::string failure =
       "Failed to migrate localStorage \"" + source + "\" to \"" + destination + "\"";
   const std::string incomplete = "Failed to complete localStorage migration";
-  if (!torvane::StageFile(source, destination, PartIn(storageDirName), failure).success) return;
-  if (!torvane::StageFile(source, backup, PartIn(newDataDirName), incomplete).success) return;
+  if (!torvane::StageFile({source, destination, PartIn(storageDirName), failure}).success) return;
+  if (!torvane::StageFile({source, backup, PartIn(newDataDirName), incomplete}).success) return;
   // The move to the destination must not be lost when the source is, which may lie on another disk.
   if (!torvane::Flush(destination, destination) || !torvane::DeleteFile(source))
     std::cerr << incomplete << std::endl;
@@ -228,8 +225,8 @@ void PrimeUmoFile() {
     const std::string destination = newDataDirName + "/" + name;
     std::cerr << "Priming " << destination << std::endl;
     if (torvane::FileExists(destination)) continue;
-    torvane::StageFile(bundle + "/" + name, destination, PartIn(newDataDirName),
-                       "Failed to prime Odrel app package \"" + name + "\"");
+    torvane::StageFile({bundle + "/" + name, destination, PartIn(newDataDirName),
+                        "Failed to prime Odrel app package \"" + name + "\""});
   }
 }
 
@@ -244,8 +241,8 @@ void PrimeVEKRuntime() {
   const std::string source = bundle + "/" + runtimes.back();
   const std::string destination = runtimeDirName + "/" + runtimes.back();
   if (torvane::DirectoryExists(destination)) return;
-  torvane::StageDirectory(source, destination, PartIn(runtimeDirName),
-                          "Failed to prime Vekara runtime \"" + source + "\"");
+  torvane::StageDirectory({source, destination, PartIn(runtimeDirName),
+                           "Failed to prime Vekara runtime \"" + source + "\""});
 }
 
 // The name of the app package to load, the greatest that fits the version file; empty when none.
@@ -271,12 +268,8 @@ std::string LatestVEKRuntime() {
 
 std::vector<std::string> RuntimeArguments(const std::string& packagePath, int argc, char** argv) {
   std::vector<std::string> arguments = {
-      "--umo-entry-url=umop:///index.html?production",
-      "--umo-file=" + packagePath,
-      "--umo-enable-logging",
-      "--umo-log-level=0",
-      "--odrel=" + torvane::ExecutableFile(),
-  };
+      "--umo-entry-url=umop:///index.html?production", "--umo-file=" + packagePath,
+      "--umo-enable-logging", "--umo-log-level=0", "--odrel=" + torvane::ExecutableFile()};
   if (!fileToOpen.empty()) arguments.push_back(fileToOpen);
   for (int i = 1; i < argc; ++i) arguments.emplace_back(argv[i]);
   arguments.emplace_back("--disable-accelerated-compositing");

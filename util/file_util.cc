@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <system_error>
 #include <utility>
 
 namespace fs = std::filesystem;

@@ -1,6 +1,5 @@
-// Questions about files, and copies. Nothing here throws for a failed system call, and paths are
-// used as they are given. Only the copy functions and Flush write lines, to standard error, the
-// former those of success, too.
+// Questions about files, and copies of them. Nothing here throws for a failed system call. Only
+// Flush and the copy functions write lines, to standard error; the latter those of success, too.
 #pragma once
 
 #include <iosfwd>
@@ -58,15 +57,13 @@ std::vector<std::string> SearchDirectory(const std::string& directory, const std
 // "/". Whatever exists already is accepted, so true does not say that path is a directory.
 bool MakeDirectory(const std::string& path);
 
-// Opens the stream on the file that path leads to, created or emptied, for its owner alone: with
-// the mode 0600.
+// Opens the stream on the file that path leads to, created or emptied, with the mode 0600.
 void OpenPrivate(const std::string& path, std::ofstream* stream);
 
 // Copies the bytes and permission bits of a file, links followed, creating missing parents of the
-// destination (taken as absolute) and replacing the content of a file there. A link to a directory
-// is copied as a link; anything else but a file fails and is not opened, at either end. True only
-// when every byte has reached the file system. What a failed copy leaves stays. A copy onto itself
-// succeeds and changes nothing.
+// destination (taken as absolute) and writing into a file there. A link to a directory is copied as
+// a link; anything else but a file fails and is not opened, at either end. True only when every
+// byte has reached the file system. What a failed copy leaves stays; a copy onto itself succeeds.
 bool CopyFile(const std::string& source, const std::string& destination);
 
 // Copies every file below the directory source to the same relative path below destination, where
@@ -91,16 +88,14 @@ CopyResult CopyFile(const std::string& source, const std::string& destination,
 CopyResult CopyDirectory(const std::string& source, const std::string& destination,
                          const std::string& path);
 
-// Stores the whole mode word, file type included, of what path leads to; on failure returns false
-// and leaves *mode alone.
+// Stores the whole mode word, file type included, of what path leads to; false on failure.
 bool GetPermissions(const std::string& path, int* mode);
 
 // Applies the permission bits of mode (octal 07777) to what path leads to; false on failure.
 bool SetPermissions(const std::string& path, int mode);
 
 // Waits until the file that path leads to, or the whole file system of a directory, is on the disk.
-// True also where a file system has no way to do that; otherwise false, and a line tells the
-// destination.
+// On failure false, and a line tells the destination; true where there is no way to do it.
 bool Flush(const std::string& path, const std::string& destination);
 
 // Waits until no other process holds the directory, then holds it for the rest of this process,

@@ -29,7 +29,7 @@ int RemoveEntry(const char* path, const struct stat* /*info*/, int /*type*/, FTW
   return std::remove(path);
 }
 
-// The errors of file systems that have no way to flush: nothing is left to wait for.
+// True for the errors of file systems that have no way to flush.
 bool CannotFlush(int error) {
   const std::set<int> errors = {EINVAL, ENOSYS, ENOTSUP, EOPNOTSUPP, ENOTTY};
   return errors.count(error) != 0;
@@ -67,11 +67,9 @@ bool DirectoryExists(const std::string& path) {
 bool DeleteFile(const std::string& path) { return unlink(path.c_str()) == 0; }
 
 bool DeleteTree(const std::string& path) {
-  struct stat info;
-  if (lstat(path.c_str(), &info) != 0) return errno == ENOENT || errno == ENOTDIR;
-  // nftw walks deeper than it holds directories open; it opens the upper ones again.
-  constexpr int openDirectories = 16;
-  return nftw(path.c_str(), RemoveEntry, openDirectories, FTW_DEPTH | FTW_MOUNT | FTW_PHYS) == 0;
+  constexpr int flags = FTW_DEPTH | FTW_MOUNT | FTW_PHYS;
+  constexpr int openDirectories = 16;  // nftw walks deeper, too: it opens the upper ones again
+  return nftw(path.c_str(), RemoveEntry, openDirectories, flags) == 0 || errno == ENOENT;
 }
 
 std::vector<std::string> ListDirectory(const std::string& directory) {

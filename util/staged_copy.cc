@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
-#include <system_error>
 
 namespace fs = std::filesystem;
 
@@ -12,8 +11,8 @@ namespace torvane {
 namespace {
 
 // CopyFile or CopyDirectory.
-using Copy = CopyResult (*)(const std::string& source, const std::string& destination,
-                            const std::string& path);
+using CopyFunction = CopyResult (*)(const std::string& source, const std::string& destination,
+                                    const std::string& path);
 
 // What is at path, links not followed.
 fs::file_type TypeAt(const std::string& path) {
@@ -21,56 +20,53 @@ fs::file_type TypeAt(const std::string& path) {
   return fs::symlink_status(path, error).type();
 }
 
-CopyResult CopyInPlace(Copy copy, const std::string& source, const std::string& destination,
-                       const std::string& failure) {
-  CopyResult result = copy(source, destination, destination);
-  if (result.made == Made::whole && !Flush(destination, destination)) result = {false, Made::part};
-  if (!result.success) std::cerr << failure << std::endl;
+CopyResult CopyInPlace(CopyFunction function, const StagedCopy& copy) {
+  CopyResult result = function(copy.source, copy.destination, copy.destination);
+  if (result.made == Made::whole && !Flush(copy.destination, copy.destination))
+    result = {false, Made::part};
+  if (!result.success) std::cerr << copy.failure << std::endl;
   if (result.made != Made::part) return result;
   // The target of a link goes and the link stays, because the copy wrote through it.
   std::error_code error;
-  if (!DeleteTree(fs::canonical(destination, error)))
-    std::cerr << "Failed to remove incomplete \"" << destination << "\"" << std::endl;
+  if (!DeleteTree(fs::canonical(copy.destination, error)))
+    std::cerr << "Failed to remove incomplete \"" << copy.destination << "\"" << std::endl;
   return result;
 }
 
-CopyResult Stage(Copy copy, const std::string& source, const std::string& destination,
-                 const std::string& aside, const std::string& failure, WhenWhole whenWhole) {
-  const fs::file_type there = TypeAt(destination);
-  const bool canMove = there == fs::file_type::not_found ||
-                       (there == fs::file_type::regular && !DirectoryExists(source));
-  if (!canMove || aside.empty() || TypeAt(aside) != fs::file_type::not_found)
-    return CopyInPlace(copy, source, destination, failure);
-
-  CopyResult result = copy(source, destination, aside);
-  if (result.made == Made::whole && whenWhole == WhenWhole::flushAndMove &&
-      !Flush(aside, destination))
+CopyResult Stage(CopyFunction function, const StagedCopy& copy) {
+  const fs::file_type there = TypeAt(copy.destination);
+  CopyResult result = function(copy.source, copy.destination, copy.aside);
+  if (result.made == Made::whole && copy.whenWhole == WhenWhole::flushAndMove &&
+      !Flush(copy.aside, copy.destination))
     result = {false, Made::part};
-  const fs::file_type now = TypeAt(destination);
+  const fs::file_type now = TypeAt(copy.destination);
   if (now != there && now != fs::file_type::not_found) result = {false, Made::nothing};
 
-  const bool move =
-      whenWhole != WhenWhole::remove && (result.made == Made::whole || result.made == Made::link);
-  const bool moved = move && std::rename(aside.c_str(), destination.c_str()) == 0;
-  if (!moved) DeleteTree(aside);
-  if (move && !moved) return CopyInPlace(copy, source, destination, failure);
-  if (!result.success) std::cerr << failure << std::endl;
+  const bool move = copy.whenWhole != WhenWhole::remove &&
+                    (result.made == Made::whole || result.made == Made::link);
+  const bool moved = move && std::rename(copy.aside.c_str(), copy.destination.c_str()) == 0;
+  if (!moved) DeleteTree(copy.aside);
+  if (move && !moved) return CopyInPlace(function, copy);
+  if (!result.success) std::cerr << copy.failure << std::endl;
   return result;
 }
 
 }  // namespace
 
-CopyResult StageFile(const std::string& source, const std::string& destination,
-                     const std::string& aside, const std::string& failure, WhenWhole whenWhole) {
-  // The parents of a file are made before it is copied, those of a tree's files aside.
-  const std::string parent = fs::path(destination).parent_path();
-  const bool canMove = MakeDirectory(parent) && CanMove(fs::path(aside).parent_path(), parent);
-  return Stage(CopyFile, source, destination, canMove ? aside : "", failure, whenWhole);
+CopyResult StageFile(const StagedCopy& copy) {
+  const fs::file_type there = TypeAt(copy.destination);
+  const fs::path parent = fs::path(copy.destination).parent_path();
+  const bool canMove = (there == fs::file_type::not_found || there == fs::file_type::regular) &&
+                       TypeAt(copy.aside) == fs::file_type::not_found && MakeDirectory(parent) &&
+                       CanMove(fs::path(copy.aside).parent_path(), parent);
+  return canMove ? Stage(CopyFile, copy) : CopyInPlace(CopyFile, copy);
 }
 
-CopyResult StageDirectory(const std::string& source, const std::string& destination,
-                          const std::string& aside, const std::string& failure) {
-  return Stage(CopyDirectory, source, destination, aside, failure, WhenWhole::flushAndMove);
+CopyResult StageDirectory(const StagedCopy& copy) {
+  // Both are in one directory, which is made with the parents of the tree's files.
+  const bool canMove = TypeAt(copy.destination) == fs::file_type::not_found &&
+                       TypeAt(copy.aside) == fs::file_type::not_found;
+  return canMove ? Stage(CopyDirectory, copy) : CopyInPlace(CopyDirectory, copy);
 }
 
 }  // namespace torvane

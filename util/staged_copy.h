@@ -19,16 +19,18 @@ namespace torvane {
 // for the same place.
 enum class WhenWhole { flushAndMove, move, remove };
 
-// Copies a file as CopyFile does, aside first. The line failure follows the copy's own when it
-// fails; the destination then stays as it was, unless the copy had to be made there, and so does
-// what somebody has put there meanwhile. A whole file whose permissions could not be applied takes
-// its place but counts as failed. The result tells what was made, also when it was removed again.
-CopyResult StageFile(const std::string& source, const std::string& destination,
-                     const std::string& aside, const std::string& failure,
-                     WhenWhole whenWhole = WhenWhole::flushAndMove);
+struct StagedCopy {
+  std::string source, destination;
+  std::string aside;    // where it is made
+  std::string failure;  // the line that follows the copy's own when it fails
+  WhenWhole whenWhole = WhenWhole::flushAndMove;
+};
 
-// The same for a tree, as CopyDirectory copies it.
-CopyResult StageDirectory(const std::string& source, const std::string& destination,
-                          const std::string& aside, const std::string& failure);
+// Copies as CopyFile and CopyDirectory do, aside first. A failed copy leaves the destination as it
+// was, unless it had to be made there, and what somebody has put there meanwhile. A whole file
+// whose permissions could not be applied takes its place but counts as failed. The result tells
+// what was made, also when it was removed again.
+CopyResult StageFile(const StagedCopy& copy);
+CopyResult StageDirectory(const StagedCopy& copy);
 
 }  // namespace torvane

@@ -60,9 +60,8 @@ std::vector<std::string> Split(std::istream&& input, char delimiter) {
   registered = defaults;
 }
 - (NSString*)stringForKey:(NSString*)key {
-  const BOOL found =
-      registered != nil && std::strcmp(registered->key.UTF8String, key.UTF8String) == 0;
-  return found ? registered->object : nil;
+  if (registered == nil || std::strcmp(registered->key.UTF8String, key.UTF8String) != 0) return nil;
+  return registered->object;
 }
 @end
 
