@@ -2,13 +2,11 @@
 
 #include <unistd.h>
 
-#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <set>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "platform/mac/bootstrap_mac.h"
@@ -43,16 +41,13 @@ std::string PartIn(const std::string& directory) { return directory + "/" + part
 // Waits for other launches with the same data, and removes what a killed one has left aside. Where
 // that cannot be done, it may be another launch's, and this one takes a name of its own.
 void TakeTurn() {
-  if (!torvane::LockDirectory(newDataDirName)) {
-    partName += "." + std::to_string(getpid());
-    return;
-  }
+  const bool locked = torvane::LockDirectory(newDataDirName);
+  if (!locked) partName += "." + std::to_string(getpid());
   for (const std::string& directory : {newDataDirName, storageDirName, runtimeDirName})
-    torvane::DeleteTree(PartIn(directory));
+    if (locked) torvane::DeleteTree(PartIn(directory));
 }
 
-// Creates an empty file and waits until it is on the disk; writes a line and returns false when it
-// cannot.
+// Creates an empty file on the disk; writes a line and returns false when it cannot.
 bool Touch(const std::string& path) {
   if (std::ofstream(path).is_open()) return torvane::Flush(path, path);
   std::cerr << "Failed to touch \"" << path << "\"" << std::endl;
@@ -65,7 +60,7 @@ struct Migration {
   std::vector<std::string> newer;  // those of newer releases
   std::string marker;              // the file that marks it as migrated
   std::string memory;              // the one that remembers that it could not be marked
-  bool repeated = false;
+  bool repeated;
   bool whole = false;
 };
 
@@ -104,7 +99,8 @@ bool MigrateFile(const std::string& relative, const Migration& migration,
   std::error_code error;
   const fs::file_status there = fs::symlink_status(destination, error);
   const bool isInTheWay = fs::is_directory(there) || fs::is_other(there);
-  if (migration.repeated && !replacesOlder && !isInTheWay && !torvane::IsMissing(destination)) {
+  if (migration.repeated && !replacesOlder && !isInTheWay &&
+      (fs::is_regular_file(there) || !torvane::IsMissing(destination))) {
     if (torvane::FileExists(destination)) return true;
     std::cerr << failure << std::endl;  // it cannot be told what is there
     return false;
@@ -115,13 +111,13 @@ bool MigrateFile(const std::string& relative, const Migration& migration,
   const auto whenWhole = !migration.repeated                  ? torvane::WhenWhole::move
                          : IsCopiedAgain(relative, migration) ? torvane::WhenWhole::remove
                                                               : torvane::WhenWhole::flushAndMove;
-  const torvane::CopyResult copy =
+  const torvane::Made made =
       torvane::StageFile({source, destination, PartIn(newDataDirName), failure, whenWhole});
-  if (copy.success) copied->insert(relative);
+  if (made >= torvane::Made::whole) copied->insert(relative);
   // No later launch may take the older release's copy for this one. A link to it stays.
-  if (copy.made == torvane::Made::part && replacesOlder)
+  if (made == torvane::Made::part && replacesOlder)
     fs::remove(fs::canonical(destination, error), error);
-  return copy.success;
+  return made >= torvane::Made::whole;
 }
 
 // Copies the files below an old data directory into the application data directory, breadth first;
@@ -144,26 +140,24 @@ bool MigrateDirectory(const Migration& migration, std::set<std::string>* copied)
 }
 
 // The migrations that are due, of the oldest release first.
-std::deque<Migration> DueMigrations() {
+std::vector<Migration> DueMigrations() {
   constexpr int oldDataDirCount = 3;
-  std::deque<Migration> migrations;
+  std::vector<Migration> migrations;
   std::vector<std::string> newer;
   for (int i = oldDataDirCount - 1; i >= 0; --i) {
-    Migration migration;
-    migration.old = torvane::ApplicationDataDirectory(oldOrgName, oldDataDirNames[i]);
-    if (!torvane::DirectoryExists(migration.old)) continue;
-    migration.newer = newer;
-    newer.push_back(migration.old);
-    migration.marker = migration.old + "/" + migratedFile;
-    migration.memory = newDataDirName + "/" + oldDataDirNames[i] + ".unmarked";
-    if (torvane::FileExists(migration.marker)) {
-      torvane::DeleteFile(migration.memory);
-      continue;
+    const std::string name = oldDataDirNames[i];
+    const std::string old = torvane::ApplicationDataDirectory(oldOrgName, name);
+    if (!torvane::DirectoryExists(old)) continue;
+    const std::string marker = old + "/" + migratedFile;
+    const std::string memory = newDataDirName + "/" + name + ".unmarked";
+    if (torvane::FileExists(marker)) {
+      torvane::DeleteFile(memory);
+    } else {
+      // Nothing is replaced either when it cannot be told whether the marker is there.
+      const bool repeated = !torvane::IsMissing(marker) || !torvane::IsMissing(memory);
+      migrations.insert(migrations.begin(), {old, newer, marker, memory, repeated});
     }
-    // Nothing is replaced either when it cannot be told whether the marker is there.
-    migration.repeated =
-        !torvane::IsMissing(migration.marker) || !torvane::IsMissing(migration.memory);
-    migrations.push_front(migration);
+    newer.push_back(old);
   }
   return migrations;
 }
@@ -173,7 +167,7 @@ std::deque<Migration> DueMigrations() {
 void MigrateUserData() {
   if (newDataDirName.empty()) return;  // unknown at start-up, though it may be known by now
 
-  std::deque<Migration> migrations = DueMigrations();
+  std::vector<Migration> migrations = DueMigrations();
   std::set<std::string> copied;
   bool isFlushDue = false;  // a later launch will leave out something that was copied
   for (Migration& migration : migrations) {
@@ -209,8 +203,10 @@ void MigrateLocalStorage() {
   const std::string failure =
       "Failed to migrate localStorage \"" + source + "\" to \"" + destination + "\"";
   const std::string incomplete = "Failed to complete localStorage migration";
-  if (!torvane::StageFile({source, destination, PartIn(storageDirName), failure}).success) return;
-  if (!torvane::StageFile({source, backup, PartIn(newDataDirName), incomplete}).success) return;
+  constexpr auto whole = torvane::Made::whole;
+  if (torvane::StageFile({source, destination, PartIn(storageDirName), failure}) < whole ||
+      torvane::StageFile({source, backup, PartIn(newDataDirName), incomplete}) < whole)
+    return;
   // The move to the destination must not be lost when the source is, which may lie on another disk.
   if (!torvane::Flush(destination, destination) || !torvane::DeleteFile(source))
     std::cerr << incomplete << std::endl;

@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <utility>
 
 namespace fs = std::filesystem;
 
@@ -39,18 +38,17 @@ bool Transfer(const std::string& source, std::ifstream* in, std::ofstream* out) 
 }
 
 // Exactly one side of a copy that cannot begin has failed.
-CopyResult ReportUnopened(const std::string& source, const std::string& destination,
-                          bool sourceGood) {
+Made ReportUnopened(const std::string& source, const std::string& destination, bool sourceGood) {
   std::cerr << "failed copy " << source << " to " << destination << std::endl;
   std::cerr << "src good: " << sourceGood << " dest good: " << !sourceGood << std::endl;
   std::cerr << "src state: fail " << !sourceGood << " bad 0" << std::endl;
   std::cerr << "dest state: fail " << sourceGood << " bad 0" << std::endl;
-  return {false, Made::nothing};
+  return Made::nothing;
 }
 
-bool ReportOutcome(bool complete) {
-  std::cerr << "CopyFile success: " << complete << std::endl;
-  return complete;
+Made ReportOutcome(Made made) {
+  std::cerr << "CopyFile success: " << (made >= Made::whole) << std::endl;
+  return made;
 }
 
 }  // namespace
@@ -72,57 +70,53 @@ bool LinksToDirectory(const std::string& path) {
 }
 
 bool CopyFile(const std::string& source, const std::string& destination) {
-  return CopyFile(source, destination, destination).success;
+  return CopyFile(source, destination, destination) >= Made::whole;
 }
 
-CopyResult CopyFile(const std::string& source, const std::string& destination,
-                    const std::string& path) {
+Made CopyFile(const std::string& source, const std::string& destination, const std::string& path) {
   if (!MakeDirectory(fs::path(path).parent_path())) {
     std::cerr << "CopyFile could not make directory "
               << fs::path(destination).parent_path().string() << std::endl;
-    return {false, Made::nothing};
+    return Made::nothing;
   }
 
   std::cerr << "Attempt CopyFile from " << source << " to " << destination << std::endl;
-  if (LinksToDirectory(source)) {
-    const bool linked = ReportOutcome(CopyLink(source, path));
-    return {linked, linked ? Made::link : Made::nothing};
-  }
+  if (LinksToDirectory(source))
+    return ReportOutcome(CopyLink(source, path) ? Made::link : Made::nothing);
 
   std::error_code error;
   std::ifstream in;
   if (fs::is_regular_file(source, error)) in.open(source, std::ios::binary);
   if (!in.is_open()) return ReportUnopened(source, destination, false);
   // Opening the source itself as the destination would empty it.
-  if (fs::equivalent(source, destination, error)) return {ReportOutcome(true), Made::nothing};
+  if (fs::equivalent(source, destination, error)) return ReportOutcome(Made::existing);
   std::ofstream out;
   const fs::file_status there = fs::status(path, error);
   if (!fs::exists(there) || fs::is_regular_file(there)) OpenPrivate(path, &out);
   if (!out.is_open()) return ReportUnopened(source, destination, true);
 
   const bool complete = Transfer(source, &in, &out);
-  const Made made = complete ? Made::whole : Made::part;
   int mode = 0;
   if (GetPermissions(source, &mode) && !SetPermissions(path, mode)) {
     std::cerr << "failed during permissions xfer" << std::endl;
-    return {false, made};
+    return complete ? Made::unprotected : Made::part;
   }
-  return {ReportOutcome(complete), made};
+  return ReportOutcome(complete ? Made::whole : Made::part);
 }
 
 bool CopyDirectory(const std::string& source, const std::string& destination) {
-  return CopyDirectory(source, destination, destination).success;
+  return CopyDirectory(source, destination, destination) >= Made::whole;
 }
 
-CopyResult CopyDirectory(const std::string& source, const std::string& destination,
-                         const std::string& path) {
+Made CopyDirectory(const std::string& source, const std::string& destination,
+                   const std::string& path) {
   if (!DirectoryExists(source)) {
     std::cerr << "CopyDirectory from does not exist: " << source << std::endl;
-    return {false, Made::nothing};
+    return Made::nothing;
   }
 
   const bool isNew = IsMissing(path);
-  CopyResult result = {true, Made::nothing};
+  Made made = Made::existing;
   std::deque<std::string> pending = {""};  // below all three, with a "/" in front
   while (!pending.empty()) {
     const std::string directory = std::move(pending.back());
@@ -131,13 +125,13 @@ CopyResult CopyDirectory(const std::string& source, const std::string& destinati
       const std::string entry = directory + "/" + name;
       if (DirectoryExists(source + entry))
         pending.push_back(entry);
-      else if (!CopyFile(source + entry, destination + entry, path + entry).success)
-        return {false, isNew ? Made::part : Made::nothing};
+      else if (CopyFile(source + entry, destination + entry, path + entry) < Made::whole)
+        return isNew ? Made::part : Made::nothing;
       else
-        result.made = Made::whole;
+        made = Made::whole;
     }
   }
-  return result;
+  return made;
 }
 
 }  // namespace torvane

@@ -66,27 +66,20 @@ void OpenPrivate(const std::string& path, std::ofstream* stream);
 // byte has reached the file system. What a failed copy leaves stays; a copy onto itself succeeds.
 bool CopyFile(const std::string& source, const std::string& destination);
 
-// Copies every file below the directory source to the same relative path below destination, where
-// directories come into being only as parents of files. Links are never entered; a directory that
-// cannot be listed counts as empty. False when source is no directory, and at the first file that
-// fails.
+// Copies every file below a directory to the same relative path below destination; directories come
+// into being only as their parents. Links are never entered; a directory that cannot be listed
+// counts as empty. False when source is no directory, and at the first file that fails.
 bool CopyDirectory(const std::string& source, const std::string& destination);
 
-// What there is of a copy. A failed tree is a part only when nothing was in its place before.
-enum class Made { nothing, part, whole, link };
-
-// A whole file whose permissions could not be applied is no success; a copy onto itself, which
-// makes nothing, is one.
-struct CopyResult {
-  bool success;
-  Made made;
-};
+// What a copy has made; it has succeeded from whole on. unprotected: a file without its
+// permissions, which could not be applied. existing: nothing, because a file is its own copy or a
+// tree has none. A failed tree is a part only when nothing was in its place before.
+enum class Made { nothing, part, unprotected, whole, link, existing };
 
 // The same copies, made at path. Their lines tell the destination.
-CopyResult CopyFile(const std::string& source, const std::string& destination,
-                    const std::string& path);
-CopyResult CopyDirectory(const std::string& source, const std::string& destination,
-                         const std::string& path);
+Made CopyFile(const std::string& source, const std::string& destination, const std::string& path);
+Made CopyDirectory(const std::string& source, const std::string& destination,
+                   const std::string& path);
 
 // Stores the whole mode word, file type included, of what path leads to; false on failure.
 bool GetPermissions(const std::string& path, int* mode);

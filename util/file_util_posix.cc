@@ -67,9 +67,9 @@ bool DirectoryExists(const std::string& path) {
 bool DeleteFile(const std::string& path) { return unlink(path.c_str()) == 0; }
 
 bool DeleteTree(const std::string& path) {
+  constexpr int openAtOnce = 16;  // of the directories; their depth has no limit
   constexpr int flags = FTW_DEPTH | FTW_MOUNT | FTW_PHYS;
-  constexpr int openDirectories = 16;  // nftw walks deeper, too: it opens the upper ones again
-  return nftw(path.c_str(), RemoveEntry, openDirectories, flags) == 0 || errno == ENOENT;
+  return nftw(path.c_str(), RemoveEntry, openAtOnce, flags) == 0 || errno == ENOENT;
 }
 
 std::vector<std::string> ListDirectory(const std::string& directory) {
@@ -127,8 +127,7 @@ void OpenPrivate(const std::string& path, std::ofstream* stream) {
 }
 
 bool CanMove(const std::string& from, const std::string& to) {
-  struct stat one;
-  struct stat other;
+  struct stat one, other;
   return stat(from.c_str(), &one) == 0 && stat(to.c_str(), &other) == 0 && S_ISDIR(one.st_mode) &&
          S_ISDIR(other.st_mode) && one.st_dev == other.st_dev &&
          access(from.c_str(), W_OK | X_OK) == 0 && access(to.c_str(), W_OK | X_OK) == 0;

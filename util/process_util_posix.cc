@@ -56,9 +56,8 @@ bool SpawnProcess(const std::string& path, const std::vector<std::string>& argum
   const timespec wait = {0, 1000000};
   nanosleep(&wait, nullptr);
   std::FILE* file = std::fopen(marker.c_str(), "r");
-  if (file == nullptr) return true;
-  std::fclose(file);
-  return false;
+  if (file != nullptr) std::fclose(file);
+  return file == nullptr;
 }
 
 }  // namespace torvane

@@ -11,8 +11,8 @@ namespace torvane {
 namespace {
 
 // CopyFile or CopyDirectory.
-using CopyFunction = CopyResult (*)(const std::string& source, const std::string& destination,
-                                    const std::string& path);
+using CopyFunction = Made (*)(const std::string& source, const std::string& destination,
+                              const std::string& path);
 
 // What is at path, links not followed.
 fs::file_type TypeAt(const std::string& path) {
@@ -20,40 +20,40 @@ fs::file_type TypeAt(const std::string& path) {
   return fs::symlink_status(path, error).type();
 }
 
-CopyResult CopyInPlace(CopyFunction function, const StagedCopy& copy) {
-  CopyResult result = function(copy.source, copy.destination, copy.destination);
-  if (result.made == Made::whole && !Flush(copy.destination, copy.destination))
-    result = {false, Made::part};
-  if (!result.success) std::cerr << copy.failure << std::endl;
-  if (result.made != Made::part) return result;
+bool IsFile(Made made) { return made == Made::unprotected || made == Made::whole; }
+
+Made CopyInPlace(CopyFunction function, const StagedCopy& copy) {
+  const std::string& destination = copy.destination;
+  Made made = function(copy.source, destination, destination);
+  if (IsFile(made) && !Flush(destination, destination)) made = Made::part;
+  if (made < Made::whole) std::cerr << copy.failure << std::endl;
   // The target of a link goes and the link stays, because the copy wrote through it.
   std::error_code error;
-  if (!DeleteTree(fs::canonical(copy.destination, error)))
-    std::cerr << "Failed to remove incomplete \"" << copy.destination << "\"" << std::endl;
-  return result;
+  if (made == Made::part && !DeleteTree(fs::canonical(destination, error)))
+    std::cerr << "Failed to remove incomplete \"" << destination << "\"" << std::endl;
+  return made;
 }
 
-CopyResult Stage(CopyFunction function, const StagedCopy& copy) {
+Made Stage(CopyFunction function, const StagedCopy& copy) {
   const fs::file_type there = TypeAt(copy.destination);
-  CopyResult result = function(copy.source, copy.destination, copy.aside);
-  if (result.made == Made::whole && copy.whenWhole == WhenWhole::flushAndMove &&
+  Made made = function(copy.source, copy.destination, copy.aside);
+  if (IsFile(made) && copy.whenWhole == WhenWhole::flushAndMove &&
       !Flush(copy.aside, copy.destination))
-    result = {false, Made::part};
+    made = Made::part;
   const fs::file_type now = TypeAt(copy.destination);
-  if (now != there && now != fs::file_type::not_found) result = {false, Made::nothing};
+  if (now != there && now != fs::file_type::not_found) made = Made::nothing;
 
-  const bool move = copy.whenWhole != WhenWhole::remove &&
-                    (result.made == Made::whole || result.made == Made::link);
+  const bool move = copy.whenWhole != WhenWhole::remove && (IsFile(made) || made == Made::link);
   const bool moved = move && std::rename(copy.aside.c_str(), copy.destination.c_str()) == 0;
   if (!moved) DeleteTree(copy.aside);
   if (move && !moved) return CopyInPlace(function, copy);
-  if (!result.success) std::cerr << copy.failure << std::endl;
-  return result;
+  if (made < Made::whole) std::cerr << copy.failure << std::endl;
+  return made;
 }
 
 }  // namespace
 
-CopyResult StageFile(const StagedCopy& copy) {
+Made StageFile(const StagedCopy& copy) {
   const fs::file_type there = TypeAt(copy.destination);
   const fs::path parent = fs::path(copy.destination).parent_path();
   const bool canMove = (there == fs::file_type::not_found || there == fs::file_type::regular) &&
@@ -62,7 +62,7 @@ CopyResult StageFile(const StagedCopy& copy) {
   return canMove ? Stage(CopyFile, copy) : CopyInPlace(CopyFile, copy);
 }
 
-CopyResult StageDirectory(const StagedCopy& copy) {
+Made StageDirectory(const StagedCopy& copy) {
   // Both are in one directory, which is made with the parents of the tree's files.
   const bool canMove = TypeAt(copy.destination) == fs::file_type::not_found &&
                        TypeAt(copy.aside) == fs::file_type::not_found;

@@ -1,12 +1,11 @@
 // Copies that are whole in their place, or not there at all.
 //
-// A copy is made aside, at a path that nothing else uses. When it is whole, it is flushed to the
-// disk, and one rename moves it into its place. So a kill or a power cut leaves nothing but what
-// lies aside, which is for the next launch to remove, and a file that was in the place is replaced,
-// never written into. Where a rename would not do, the copy is made in its place, and what a
-// failure leaves of it is removed: when something but a file is there (links are followed), when
-// the place is on another file system or its directory may not be written to, and when something
-// lies aside already.
+// A copy is made aside, at a path that nothing else uses, flushed to the disk when it is whole, and
+// moved into its place by one rename. So a kill or a power cut leaves nothing but what lies aside,
+// for the next launch to remove, and a file in the place is replaced, never written into. Where a
+// rename would not do, the copy is made in its place, and removed from there when it fails: when
+// something but a file is there (links are followed), when the place is on another file system or
+// its directory may not be written to, and when something lies aside already.
 #pragma once
 
 #include <string>
@@ -27,10 +26,9 @@ struct StagedCopy {
 };
 
 // Copies as CopyFile and CopyDirectory do, aside first. A failed copy leaves the destination as it
-// was, unless it had to be made there, and what somebody has put there meanwhile. A whole file
-// whose permissions could not be applied takes its place but counts as failed. The result tells
-// what was made, also when it was removed again.
-CopyResult StageFile(const StagedCopy& copy);
-CopyResult StageDirectory(const StagedCopy& copy);
+// was, unless it had to be made there, and what somebody has put there meanwhile; unprotected files
+// take their place. Returns how the copy has ended, also when it was removed again.
+Made StageFile(const StagedCopy& copy);
+Made StageDirectory(const StagedCopy& copy);
 
 }  // namespace torvane

@@ -7,8 +7,8 @@
 
 namespace torvane {
 
-// Replaces *tokens with the non-empty pieces of text between delimiters and returns their number.
-// Every single character of delimiters is one; an empty set gives the whole text as one token.
+// Replaces *tokens with the non-empty pieces of text between any of the delimiters, the whole text
+// when there are none, and returns their number.
 std::size_t Tokenize(const std::string& text, const std::string& delimiters,
                      std::vector<std::string>* tokens);
 

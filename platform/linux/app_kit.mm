@@ -4,7 +4,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -52,16 +51,13 @@ std::vector<std::string> Split(std::istream&& input, char delimiter) {
 @end
 
 @implementation NSUserDefaults
+@synthesize registered;
 + (NSUserDefaults*)standardUserDefaults {
   static NSUserDefaults* const defaults = [[NSUserDefaults alloc] init];
   return defaults;
 }
 - (void)registerDefaults:(NSDictionary*)defaults {
   registered = defaults;
-}
-- (NSString*)stringForKey:(NSString*)key {
-  if (registered == nil || std::strcmp(registered->key.UTF8String, key.UTF8String) != 0) return nil;
-  return registered->object;
 }
 @end
 
@@ -75,7 +71,7 @@ std::vector<std::string> Split(std::istream&& input, char delimiter) {
                  modifierFlags:(NSUInteger)flags
                      timestamp:(double)time
                   windowNumber:(NSInteger)window
-                       context:(NSGraphicsContext*)context
+                       context:(id)context
                        subtype:(short)subtype
                          data1:(NSInteger)data1
                          data2:(NSInteger)data2 {
@@ -105,9 +101,10 @@ std::vector<std::string> Split(std::istream&& input, char delimiter) {
 }
 
 - (void)openArguments {
-  NSString* const value =
-      [[NSUserDefaults standardUserDefaults] stringForKey:@"NSTreatUnknownArgumentsAsOpen"];
-  if (value != nil && std::strcmp(value.UTF8String, "NO") == 0) return;
+  NSDictionary* const defaults = [NSUserDefaults standardUserDefaults].registered;
+  if (defaults != nil && defaults->key.UTF8String == std::string("NSTreatUnknownArgumentsAsOpen") &&
+      ((NSString*)defaults->object).UTF8String == std::string("NO"))
+    return;
 
   const std::vector<std::string> words = Split(std::ifstream("/proc/self/cmdline"), '\0');
   for (std::size_t i = 1; i < words.size(); ++i)

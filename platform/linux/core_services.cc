@@ -25,13 +25,13 @@ std::string XdgDataDirectory() {
 OSErr FSFindFolder(std::int16_t /*domain*/, OSType /*type*/, Boolean /*create*/, FSRef* folder) {
   const std::string directory = XdgDataDirectory();
   struct stat info;
-  if (stat(directory.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) return fnfErr;
+  if (stat(directory.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) return -43;  // file not found
   folder->path = directory;
   return noErr;
 }
 
 OSStatus FSRefMakePath(const FSRef* folder, UInt8* path, UInt32 size) {
-  if (folder->path.size() >= size) return pathTooLongErr;
+  if (folder->path.size() >= size) return -2110;  // path too long
   std::memcpy(path, folder->path.c_str(), folder->path.size() + 1);
   return noErr;
 }

@@ -9,12 +9,11 @@ int _NSGetExecutablePath(char* buffer, std::uint32_t* size) {
   const ssize_t length = readlink("/proc/self/exe", path, sizeof(path));
   if (length < 0) return 1;
 
-  const auto needed = static_cast<std::uint32_t>(length) + 1;
-  if (*size < needed) {
-    *size = needed;
+  if (*size <= static_cast<std::uint32_t>(length)) {
+    *size = static_cast<std::uint32_t>(length) + 1;
     return -1;
   }
-  std::memcpy(buffer, path, needed - 1);
-  buffer[needed - 1] = '\0';
+  std::memcpy(buffer, path, length);
+  buffer[length] = '\0';
   return 0;
 }

@@ -39,8 +39,7 @@
 @end
 
 void PlatformSetup() {
-  // The launcher's arguments are the runtime's: the platform must not open them as documents.
-  // Nothing is written to the user's preferences.
+  // For this process alone: its arguments are the runtime's, not documents for the platform to open.
   [[NSUserDefaults standardUserDefaults]
       registerDefaults:[NSDictionary dictionaryWithObject:@"NO"
                                                    forKey:@"NSTreatUnknownArgumentsAsOpen"]];

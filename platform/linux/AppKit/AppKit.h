@@ -48,7 +48,7 @@ __attribute__((objc_root_class))
 }
 + (NSUserDefaults*)standardUserDefaults;
 - (void)registerDefaults:(NSDictionary*)defaults;  // in place of those registered before
-- (NSString*)stringForKey:(NSString*)key;          // nil when there is no such default
+@property(nonatomic, assign) NSDictionary* registered;
 @end
 
 @interface NSNotification : NSObject {
@@ -56,8 +56,6 @@ __attribute__((objc_root_class))
 }
 @property(nonatomic, assign) id object;  // the one who posted the notification
 @end
-
-@class NSGraphicsContext;
 
 enum NSEventType { NSEventTypeApplicationDefined = 15 };
 
@@ -67,7 +65,7 @@ enum NSEventType { NSEventTypeApplicationDefined = 15 };
                  modifierFlags:(NSUInteger)flags
                      timestamp:(double)time
                   windowNumber:(NSInteger)window
-                       context:(NSGraphicsContext*)context
+                       context:(id)context
                        subtype:(short)subtype
                          data1:(NSInteger)data1
                          data2:(NSInteger)data2;
@@ -76,7 +74,6 @@ enum NSEventType { NSEventTypeApplicationDefined = 15 };
 @class NSApplication;
 
 @protocol NSApplicationDelegate
-@optional
 - (BOOL)application:(NSApplication*)application openFile:(NSString*)filename;
 - (BOOL)application:(NSApplication*)application openFiles:(NSArray*)filenames;
 - (void)applicationDidFinishLaunching:(NSNotification*)notification;
@@ -89,12 +86,11 @@ enum NSEventType { NSEventTypeApplicationDefined = 15 };
 }
 @property(nonatomic, assign) id<NSApplicationDelegate> delegate;
 + (NSApplication*)sharedApplication;
-// Hands the delegate the open requests of the start, a single file as openFile:, several as
-// openFiles:, and tells the user when the answer is NO. Then sends the did-finish-launching
-// notification, and returns after the first event that was handled with stop: called; waits for
-// ever when none is posted. The requests are the process's arguments that do not begin with "-",
-// unless the default NSTreatUnknownArgumentsAsOpen is "NO", and then those of the environment
-// variable ODREL_OPEN_DOCUMENTS: one request a line, the files of a request separated by tabs.
+// Hands the delegate the open requests of the start, one file as openFile:, several as openFiles:, and
+// tells the user of a NO. Then sends the did-finish-launching notification, and returns after the
+// first event handled with stop: called, or never. The requests are the process's arguments without a
+// leading "-", unless the default NSTreatUnknownArgumentsAsOpen is "NO", and those of the variable
+// ODREL_OPEN_DOCUMENTS: one request a line, the files of a request separated by tabs.
 - (void)run;
 - (void)stop:(id)sender;
 - (void)postEvent:(NSEvent*)event atStart:(BOOL)first;

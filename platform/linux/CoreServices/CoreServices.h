@@ -20,8 +20,6 @@ constexpr OSType kApplicationSupportFolderType = 0x61737570;  // 'asup'
 constexpr Boolean kDontCreateFolder = false;
 
 constexpr OSErr noErr = 0;
-constexpr OSErr fnfErr = -43;               // no such folder
-constexpr OSStatus pathTooLongErr = -2110;  // the path and its NUL do not fit
 
 // Refers *folder to the user's XDG data directory, whatever domain and type are given, and returns
 // noErr; an error code when it is missing or no directory. Never creates it. Links are followed.
