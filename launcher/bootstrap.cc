@@ -120,8 +120,7 @@ bool MigrateFile(const std::string& relative, const Migration& migration,
   return made >= torvane::Made::whole;
 }
 
-// Copies the files below an old data directory into the application data directory, breadth first;
-// false when one could not be copied.
+// Copies the files below an old data directory, breadth first; false when one could not be copied.
 bool MigrateDirectory(const Migration& migration, std::set<std::string>* copied) {
   bool success = true;
   std::vector<std::string> work = torvane::ListDirectory(migration.old);

@@ -19,9 +19,10 @@ put() { # FILE [TEXT]
   printf %s "${2-}" >"$1"
 }
 
-link() { # LINK TEXT
+link() { # LINK TEXT...
   mkdir -p "$(readlink -m "${1%/*}")"
   ln -s "$2" "$1"
+  if [ $# -gt 2 ]; then link "${@:3}"; fi
 }
 
 runtime() { # DIRECTORY

@@ -135,7 +135,7 @@ bool CanMove(const std::string& from, const std::string& to) {
 
 bool Flush(const std::string& path, const std::string& destination) {
   const int file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  struct stat info;
+  struct stat info = {};
   int error = file >= 0 && fstat(file, &info) == 0 ? 0 : errno;
   if (error == 0) error = S_ISDIR(info.st_mode) ? FlushFileSystem(file) : FlushFile(file);
   close(file);
