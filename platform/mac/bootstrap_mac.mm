@@ -39,7 +39,7 @@
 @end
 
 void PlatformSetup() {
-  // For this process alone: its arguments are the runtime's, not documents for the platform to open.
+  // For this process alone: its arguments are the runtime's, not documents to be opened.
   [[NSUserDefaults standardUserDefaults]
       registerDefaults:[NSDictionary dictionaryWithObject:@"NO"
                                                    forKey:@"NSTreatUnknownArgumentsAsOpen"]];

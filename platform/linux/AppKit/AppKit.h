@@ -86,11 +86,11 @@ enum NSEventType { NSEventTypeApplicationDefined = 15 };
 }
 @property(nonatomic, assign) id<NSApplicationDelegate> delegate;
 + (NSApplication*)sharedApplication;
-// Hands the delegate the open requests of the start, one file as openFile:, several as openFiles:, and
-// tells the user of a NO. Then sends the did-finish-launching notification, and returns after the
-// first event handled with stop: called, or never. The requests are the process's arguments without a
-// leading "-", unless the default NSTreatUnknownArgumentsAsOpen is "NO", and those of the variable
-// ODREL_OPEN_DOCUMENTS: one request a line, the files of a request separated by tabs.
+// Hands the delegate the open requests of the start, one file as openFile:, several as openFiles:,
+// and tells the user of a NO. Then sends the did-finish-launching notification, and returns after
+// the first event handled with stop: called, or never. The requests are the process's arguments
+// without a leading "-", unless the default NSTreatUnknownArgumentsAsOpen is "NO", and those of the
+// variable ODREL_OPEN_DOCUMENTS: one request a line, the files of a request separated by tabs.
 - (void)run;
 - (void)stop:(id)sender;
 - (void)postEvent:(NSEvent*)event atStart:(BOOL)first;
