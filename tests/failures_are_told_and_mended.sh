@@ -3,18 +3,17 @@
 set -e; source "$(dirname "$0")/launch.sh"
 large() { put $1 "$(printf %020000d)"; }
 full_disk() { (trap '' XFSZ; ulimit -f 16; launch_and_changes); }
-for file in .b a/x circle itself link/f moved/f pipe place read-only rights shared untold under/deep/f; do put 0/$file old; done
+for file in .b a/x circle itself moved/f pipe place read-only rights shared untold under/deep/f; do put 0/$file old; done
 for file in 1/{.b,due,kept,own/f,read-only} 2/qrc__0.localstorage B/{mrd-{1,2}.umo,vek-0/x,vek-1}; do put $file new; done
-for file in A/{kept,large,link/f,migrated,mrd-2.umo/work,place/f,qrc__0.localstorage_migrated/f,read-only,under} U/mine/f; do put $file mine; done
+for file in A/{kept,large,link/f,migrated,mrd-2.umo/work,place/f,qrc__0.localstorage_migrated/f,read-only,under} 'A/Torvane Odrel 2.'{1,2}.unmarked U/mine/f; do put $file mine; done
 for file in 0/{elsewhere,large,stuck} 1/shared B/mrd-3.umo; do large $file; done
-for old in 1 2; do put "A/Torvane Odrel 2.$old.unmarked"; done
 : >0/rights
 chmod 640 0/a/x
 chmod 444 ?/read-only
 mkfifo 0/no-file A/pipe B/mrd-0.umo
 ln 0/itself A/itself
 ln A/read-only A/second-name
-link 0/a/file ../.b 0/directory a 0/broken nowhere 1/link . 2/migrated no/where A/mrd-0.umo mrd-0.umo
+link 0/a/file ../.b 0/directory a 0/broken nowhere 0/link . 2/migrated no/where A/mrd-0.umo mrd-0.umo
 link A/rights /proc/self/comm A/stuck /proc/self/comm A/elsewhere "$root/U/elsewhere"
 link 0/own "$root/U/mine" 1/moved "$root/U/mine" 0/.Torvane\ Odrel.part a
 link A/.Torvane\ Odrel.part "$root/U/mine" A/runtime/.Torvane\ Odrel.part/link "$root/U/mine"
@@ -34,6 +33,7 @@ Loading Odrel package "A/mrd-2.umo"
 0/elsewhere => A/elsewhere: not whole; told
 0/itself => A/itself
 0/large => A/large: not whole; told
+0/link => A/link: not whole; told
 0/no-file => A/no-file: no source; told
 0/pipe => A/pipe: no place; told
 0/place => A/place: no place; told
@@ -49,13 +49,13 @@ CopyFile could not make directory A/under/deep
 Failed to copy "0/under/deep/f" to "A/under/deep/f"
 1/.b => A/.b
 1/due => A/due
-1/link => A/link: not whole; told
+1/kept => A/kept
 1/moved => A/moved
 1/read-only => A/read-only
 1/shared => A/shared: not whole; told
 1/own/f => A/own/f
+2/migrated => A/migrated: no source; told
 2/qrc__0.localstorage => A/qrc__0.localstorage
-Failed to touch "2/migrated"
 A/qrc__0.localstorage => A/Local Storage/umop__0.localstorage
 A/qrc__0.localstorage => A/qrc__0.localstorage_migrated: no place
 Failed to complete localStorage migration
@@ -77,11 +77,15 @@ Unable to find a Vekara runtime on the system
 > A/.b 644 3 "new"
 > A/Local Storage/umop__0.localstorage 644 3 "new"
 > A/Torvane Odrel 2.0.unmarked 644 0 ""
+> A/Torvane Odrel 2.1.unmarked 644 0 ""
+> A/Torvane Odrel 2.2.unmarked 644 0 ""
 > A/a/file 644 3 "old"
 > A/a/x 640 3 "old"
 > A/circle 644 3 "old"
 > A/directory -> a
 > A/due 644 3 "new"
+< A/kept 644 4 "mine"
+> A/kept 644 3 "new"
 > A/moved -> U/mine
 > A/mrd-1.umo 644 3 "new"
 > A/own/f 644 3 "new"
@@ -98,7 +102,8 @@ put A/.b changed
 put B/vek-1/F/Versions/A/Resources/r
 put B/vek-1/z
 link B/vek-1/F/Versions/Current A B/vek-1/F/Resources Versions/Current/Resources
-link A/circle circle A/moved "$root/U/mine" A/untold "$(printf %0300d)"
+link A/circle circle 'A/Local Storage/umop__0.localstorage' umop__0.localstorage
+link A/moved "$root/U/mine" A/untold "$(printf %0300d)"
 mkfifo A/pipe
 runtime B/vek-1
 errors=out expect launch_and_changes <<'END'
@@ -106,6 +111,7 @@ Dianostics: ON
 Migrating application data from "0" to "A"
 0/circle => A/circle: no place; told
 0/elsewhere => A/elsewhere
+0/link => A/link
 0/pipe => A/pipe: no place; told
 0/place => A/place
 0/rights => A/rights
@@ -114,12 +120,11 @@ Migrating application data from "0" to "A"
 Failed to copy "0/untold" to "A/untold"
 0/under/deep/f => A/under/deep/f
 Migrating application data from "1" to "A"
-1/link => A/link
 1/shared => A/shared
 Migrating application data from "2" to "A"
 Migrating localStorage from "A/qrc__0.localstorage" to "A/Local Storage/umop__0.localstorage"
-A/qrc__0.localstorage => A/Local Storage/umop__0.localstorage
-A/qrc__0.localstorage => A/qrc__0.localstorage_migrated
+A/qrc__0.localstorage => A/Local Storage/umop__0.localstorage: no place
+Failed to migrate localStorage "A/qrc__0.localstorage" to "A/Local Storage/umop__0.localstorage"
 Priming A/mrd-1.umo
 B/mrd-1.umo => A/mrd-1.umo
 Priming A/mrd-2.umo
@@ -139,8 +144,6 @@ A/runtime/vek-1 with A/mrd-3.umo
 ...
 > 1/migrated 644 0 ""
 > 2/migrated 644 0 ""
-< A/Local Storage/ 755
-> A/Local Storage/umop__0.localstorage 644 3 "new"
 < A/Torvane Odrel 2.1.unmarked 644 0 ""
 < A/Torvane Odrel 2.2.unmarked 644 0 ""
 > A/elsewhere 644 20000 "00000000000000000000"
@@ -148,9 +151,7 @@ A/runtime/vek-1 with A/mrd-3.umo
 > A/mrd-1.umo 644 3 "new"
 > A/mrd-2.umo 644 3 "new"
 > A/mrd-3.umo 644 20000 "00000000000000000000"
-< A/qrc__0.localstorage 644 3 "new"
 > A/place 644 3 "old"
-> A/qrc__0.localstorage_migrated 644 3 "new"
 < A/runtime/ 755
 > A/rights 644 0 ""
 > A/runtime/vek-1/EXE 755 367 "#!/bin/sh/# Stands i"
@@ -163,7 +164,16 @@ A/runtime/vek-1 with A/mrd-3.umo
 > A/under/deep/f 644 3 "old"
 END
 
-rm 0/{circle,pipe,untold}
-launch >mended
+rm 0/{circle,pipe,untold} A/Local*/*
+launch_and_changes >mended
+expect grep localstorage mended <<'END'
+Migrating localStorage from "A/qrc__0.localstorage" to "A/Local Storage/umop__0.localstorage"
+A/qrc__0.localstorage => A/Local Storage/umop__0.localstorage
+A/qrc__0.localstorage => A/qrc__0.localstorage_migrated
+> A/Local Storage/umop__0.localstorage 644 3 "new"
+< A/qrc__0.localstorage 644 3 "new"
+> A/qrc__0.localstorage_migrated 644 3 "new"
+END
+put 'A/Torvane Odrel 2.0.unmarked'
 launch_and_changes >third
-expect sed -En '/Migrating|=>|^[<>]/p' third </dev/null
+expect sed -En '/Migrating|=>|^[<>]/p' third <<<'< A/Torvane Odrel 2.0.unmarked 644 0 ""'

@@ -15,7 +15,7 @@ longest=$deep$(printf "%0$((1023 - ${#deep}))d")
 check_data_directory "$longest" "$longest/"
 test -d "$longest/Torvane/Torvane Odrel 2.2"
 check_data_directory "${longest}0" "${longest}0"
-test ! -e "${longest}0/Torvane"
+test ! -e "${longest}0/Torvane" -a -z "$(find / -maxdepth 1 -name Torvane -newer B/odrel)"
 
 environment=(XDG_DATA_HOME="$root/U")
 put U/Torvane
@@ -23,6 +23,7 @@ printf '%s\n' -- 'Failed to create Odrel app data directory "A"' '-- exit code 1
 rm U/Torvane
 
 runtime A/runtime/vek-1
+link 'U/Torvane, Inc./Torvane Odrel 2.0' "$root/B"  # no old data directory
 check() { # LOADED A'S-VERSION B'S-VERSION PACKAGE...
   rm -f A/mrd* A/MRD* ?/version.txt
   if [ "$2" != - ]; then printf %b "$2" >A/version.txt; fi

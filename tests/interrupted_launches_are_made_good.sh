@@ -4,8 +4,7 @@ set -e; source "$(dirname "$0")/launch.sh"
 runtime B/vek-1
 lay_out() { # FILE THAT IS LARGE
   rm -rf U/*
-  for file in B/{vek-1/z,mrd-2.umo} 0/{large,shared} 1/{due,kept,shared} 2/shared A/{kept,large,qrc__0.localstorage}; do put $file $file; done
-  for old in 1 2; do put "A/Torvane Odrel 2.$old.unmarked"; done
+  for file in B/{vek-1/z,mrd-2.umo} 0/large 1/{due,kept,shared} 2/shared A/{kept,large,qrc__0.localstorage} 'A/Torvane Odrel 2.'{1,2}.unmarked; do put "$file" "$file"; done
   put $1 "$(printf %08500d)"
 }
 whole() {
