@@ -5,7 +5,7 @@ large() { put $1 "$(printf %020000d)"; }
 full_disk() { (trap '' XFSZ; ulimit -f 16; launch_and_changes); }
 for file in .b a/x circle itself moved/f pipe place read-only rights shared untold under/deep/f; do put 0/$file old; done
 for file in 1/{.b,due,kept,own/f,read-only} 2/qrc__0.localstorage B/{mrd-{1,2}.umo,vek-0/x,vek-1}; do put $file new; done
-for file in A/{kept,large,link/f,migrated,mrd-2.umo/work,place/f,qrc__0.localstorage_migrated/f,read-only,under} 'A/Torvane Odrel 2.'{1,2}.unmarked U/mine/f; do put $file mine; done
+for file in A/{kept,large,link/f,migrated,mrd-2.umo/work,place/f,qrc__0.localstorage_migrated/f,read-only,under} 'A/Torvane Odrel 2.'{1,2}.unmarked U/mine/f; do put "$file" mine; done
 for file in 0/{elsewhere,large,stuck} 1/shared B/mrd-3.umo; do large $file; done
 : >0/rights
 chmod 640 0/a/x
@@ -49,13 +49,12 @@ CopyFile could not make directory A/under/deep
 Failed to copy "0/under/deep/f" to "A/under/deep/f"
 1/.b => A/.b
 1/due => A/due
-1/kept => A/kept
 1/moved => A/moved
 1/read-only => A/read-only
 1/shared => A/shared: not whole; told
 1/own/f => A/own/f
-2/migrated => A/migrated: no source; told
 2/qrc__0.localstorage => A/qrc__0.localstorage
+Failed to touch "2/migrated"
 A/qrc__0.localstorage => A/Local Storage/umop__0.localstorage
 A/qrc__0.localstorage => A/qrc__0.localstorage_migrated: no place
 Failed to complete localStorage migration
@@ -77,15 +76,11 @@ Unable to find a Vekara runtime on the system
 > A/.b 644 3 "new"
 > A/Local Storage/umop__0.localstorage 644 3 "new"
 > A/Torvane Odrel 2.0.unmarked 644 0 ""
-> A/Torvane Odrel 2.1.unmarked 644 0 ""
-> A/Torvane Odrel 2.2.unmarked 644 0 ""
 > A/a/file 644 3 "old"
 > A/a/x 640 3 "old"
 > A/circle 644 3 "old"
 > A/directory -> a
 > A/due 644 3 "new"
-< A/kept 644 4 "mine"
-> A/kept 644 3 "new"
 > A/moved -> U/mine
 > A/mrd-1.umo 644 3 "new"
 > A/own/f 644 3 "new"
@@ -144,8 +139,8 @@ A/runtime/vek-1 with A/mrd-3.umo
 ...
 > 1/migrated 644 0 ""
 > 2/migrated 644 0 ""
-< A/Torvane Odrel 2.1.unmarked 644 0 ""
-< A/Torvane Odrel 2.2.unmarked 644 0 ""
+< A/Torvane Odrel 2.1.unmarked 644 4 "mine"
+< A/Torvane Odrel 2.2.unmarked 644 4 "mine"
 > A/elsewhere 644 20000 "00000000000000000000"
 > A/link -> .
 > A/mrd-1.umo 644 3 "new"
