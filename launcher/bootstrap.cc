@@ -284,7 +284,7 @@ int main(int argc, char** argv) {
     return 1;
   }
   TakeTurn();
-  std::cout << "Dianostics: ON" << std::endl;
+  std::cout << "Dianostics: ON" << std::endl;  // spelled so
 
   MigrateUserData();
   MigrateLocalStorage();

@@ -5,7 +5,7 @@ large() { put $1 "$(printf %020000d)"; }
 full_disk() { (trap '' XFSZ; ulimit -f 16; launch_and_changes); }
 for file in .b a/x circle itself moved/f pipe place read-only rights shared untold under/deep/f; do put 0/$file old; done
 for file in 1/{.b,due,kept,own/f,read-only} 2/qrc__0.localstorage B/{mrd-{1,2}.umo,vek-0/x,vek-1}; do put $file new; done
-for file in A/{kept,large,link/f,migrated,mrd-2.umo/work,place/f,qrc__0.localstorage_migrated/f,read-only,under} 'A/Torvane Odrel 2.'{1,2}.unmarked U/mine/f; do put "$file" mine; done
+for file in A/{kept,large,link/f,migrated,mrd-2.umo/work,place/f,qrc__0.localstorage_migrated/f,read-only,runtime/vek-1,under} 'A/Torvane Odrel 2.'{1,2}.unmarked U/mine/f; do put "$file" mine; done
 for file in 0/{elsewhere,large,stuck} 1/shared B/mrd-3.umo; do large $file; done
 : >0/rights
 chmod 640 0/a/x
@@ -88,11 +88,10 @@ Unable to find a Vekara runtime on the system
 < A/read-only 444 4 "mine"
 > A/read-only 444 3 "new"
 < A/runtime/PART/link -> U/mine
-> A/runtime/ 755
 > A/untold 644 3 "old"
 END
 
-rm -r 0/{broken,no-file,own} 1/moved 2/migrated A/{circle,elsewhere,link,moved,mrd-*.umo,pipe,place,rights,stuck,under,untold,*_migrated,Local*/*} B/{mrd-0.umo,vek-1}
+rm -r 0/{broken,no-file,own} 1/moved 2/migrated A/{runtime,circle,elsewhere,link,moved,mrd-*.umo,pipe,place,rights,stuck,under,untold,*_migrated,Local*/*} B/{mrd-0.umo,vek-1}
 put A/.b changed
 put B/vek-1/F/Versions/A/Resources/r
 put B/vek-1/z
@@ -147,7 +146,6 @@ A/runtime/vek-1 with A/mrd-3.umo
 > A/mrd-2.umo 644 3 "new"
 > A/mrd-3.umo 644 20000 "00000000000000000000"
 > A/place 644 3 "old"
-< A/runtime/ 755
 > A/rights 644 0 ""
 > A/runtime/vek-1/EXE 755 367 "#!/bin/sh/# Stands i"
 > A/runtime/vek-1/F/Resources -> Versions/Current/Resources
