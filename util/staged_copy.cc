@@ -20,12 +20,12 @@ fs::file_type TypeAt(const std::string& path) {
   return fs::symlink_status(path, error).type();
 }
 
-bool IsFile(Made made) { return made == Made::unprotected || made == Made::whole; }
+bool IsWhole(Made made) { return made == Made::unprotected || made == Made::whole; }
 
 Made CopyInPlace(CopyFunction function, const StagedCopy& copy) {
   const std::string& destination = copy.destination;
   Made made = function(copy.source, destination, destination);
-  if (IsFile(made) && !Flush(destination, destination)) made = Made::part;
+  if (IsWhole(made) && !Flush(destination, destination)) made = Made::part;
   if (made < Made::whole) std::cerr << copy.failure << std::endl;
   // The target of a link goes and the link stays, because the copy wrote through it.
   std::error_code error;
@@ -37,13 +37,13 @@ Made CopyInPlace(CopyFunction function, const StagedCopy& copy) {
 Made Stage(CopyFunction function, const StagedCopy& copy) {
   const fs::file_type there = TypeAt(copy.destination);
   Made made = function(copy.source, copy.destination, copy.aside);
-  if (IsFile(made) && copy.whenWhole == WhenWhole::flushAndMove &&
+  if (IsWhole(made) && copy.whenWhole == WhenWhole::flushAndMove &&
       !Flush(copy.aside, copy.destination))
     made = Made::part;
   const fs::file_type now = TypeAt(copy.destination);
-  if (now != there && now != fs::file_type::not_found) made = Made::nothing;
+  if (now != there && now != fs::file_type::not_found) made = Made::nothing;  // somebody's
 
-  const bool move = copy.whenWhole != WhenWhole::remove && (IsFile(made) || made == Made::link);
+  const bool move = copy.whenWhole != WhenWhole::remove && (IsWhole(made) || made == Made::link);
   const bool moved = move && std::rename(copy.aside.c_str(), copy.destination.c_str()) == 0;
   if (!moved) DeleteTree(copy.aside);
   if (move && !moved) return CopyInPlace(function, copy);
