@@ -1,9 +1,10 @@
 # An installation that meets failures tells of them and harms nothing that is not its own; the next
 # launch completes it and leaves nothing to do for a third.
 set -e; source "$(dirname "$0")/launch.sh"
+disk=$(mktemp -d -p /dev/shm)
 large() { put $1 "$(printf %020000d)"; }
 full_disk() { (trap '' XFSZ; ulimit -f 16; launch_and_changes); }
-for file in .b a/x circle itself moved/f pipe place read-only rights shared untold under/deep/f; do put 0/$file old; done
+for file in .b a/x circle disk/f itself moved/f pipe place read-only rights shared untold under/deep/f; do put 0/$file old; done
 for file in 1/{.b,due,kept,own/f,read-only} 2/qrc__0.localstorage B/{mrd-{1,2}.umo,vek-0/x,vek-1}; do put $file new; done
 for file in A/{kept,large,link/f,migrated,mrd-2.umo/work,place/f,qrc__0.localstorage_migrated/f,read-only,runtime/vek-1,under} 'A/Torvane Odrel 2.'{1,2}.unmarked U/mine/f; do put "$file" mine; done
 for file in 0/{elsewhere,large,stuck} 1/shared B/mrd-3.umo; do large $file; done
@@ -14,7 +15,7 @@ mkfifo 0/no-file A/pipe B/mrd-0.umo
 ln 0/itself A/itself
 ln A/read-only A/second-name
 link 0/a/file ../.b 0/directory a 0/broken nowhere 0/link . 2/migrated no/where A/mrd-0.umo mrd-0.umo
-link A/rights /proc/self/comm A/stuck /proc/self/comm A/elsewhere "$root/U/elsewhere"
+link A/rights /proc/self/comm A/stuck /proc/self/comm A/disk "$disk" A/elsewhere "$root/U/elsewhere"
 link 0/own "$root/U/mine" 1/moved "$root/U/mine" 0/.Torvane\ Odrel.part a
 link A/.Torvane\ Odrel.part "$root/U/mine" A/runtime/.Torvane\ Odrel.part/link "$root/U/mine"
 put 'A/Local Storage/.Torvane Odrel.part'
@@ -45,6 +46,7 @@ Failed to remove incomplete "A/stuck"
 0/untold => A/untold
 0/a/file => A/a/file
 0/a/x => A/a/x
+0/disk/f => A/disk/f
 CopyFile could not make directory A/under/deep
 Failed to copy "0/under/deep/f" to "A/under/deep/f"
 1/.b => A/.b
@@ -93,8 +95,7 @@ END
 
 rm -r 0/{broken,no-file,own} 1/moved 2/migrated A/{runtime,circle,elsewhere,link,moved,mrd-*.umo,pipe,place,rights,stuck,under,untold,*_migrated,Local*/*} B/{mrd-0.umo,vek-1}
 put A/.b changed
-put B/vek-1/F/Versions/A/Resources/r
-put B/vek-1/z
+for file in B/vek-1/{F/Versions/A/Resources/r,z}; do put $file; done
 link B/vek-1/F/Versions/Current A B/vek-1/F/Resources Versions/Current/Resources
 link A/circle circle 'A/Local Storage/umop__0.localstorage' umop__0.localstorage
 link A/moved "$root/U/mine" A/untold "$(printf %0300d)"

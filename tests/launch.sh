@@ -4,8 +4,8 @@
 set -euo pipefail
 export LC_ALL=C
 umask 022
-tests=$(realpath "$(dirname "$0")") launcher=$(realpath "$1") root=$(mktemp -d)
-trap 'rm -rf "$root"' EXIT
+tests=$(realpath "$(dirname "$0")") launcher=$(realpath "$1") root=$(mktemp -d) disk=
+trap 'rm -rf "$root" "$disk"' EXIT
 cd "$root"
 mkdir B U
 cp "$launcher" B/odrel
