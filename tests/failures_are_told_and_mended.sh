@@ -73,8 +73,8 @@ CopyDirectory from does not exist: B/vek-1
 Failed to prime Vekara runtime "B/vek-1"
 Unable to find a Vekara runtime on the system
 -- exit code 4
-< A/Local Storage/ASIDE 644 0 ""
-< A/ASIDE -> U/mine
+< A/Local Storage/STAGED 644 0 ""
+< A/STAGED -> U/mine
 > A/.b 644 3 "new"
 > A/Local Storage/umop__0.localstorage 644 3 "new"
 > A/Torvane Odrel 2.0.unmarked 644 0 ""
@@ -89,7 +89,7 @@ Unable to find a Vekara runtime on the system
 > A/qrc__0.localstorage 644 3 "new"
 < A/read-only 444 4 "mine"
 > A/read-only 444 3 "new"
-< A/runtime/ASIDE/link -> U/mine
+< A/runtime/STAGED/link -> U/mine
 > A/untold 644 3 "old"
 END
 

@@ -14,7 +14,7 @@ whole() {
 killed() { # when a file grows beyond 8192 bytes: shows what has been made of it
   (ulimit -c 0 -f 8; launch_and_changes) | grep ' 8192 '
 }
-check() { # LARGE FILE, ITS ASIDE, WHAT THE USER DOES after the kill, or before an undisturbed launch
+check() { # LARGE FILE, WHERE IT IS MADE, WHAT THE USER DOES after the kill, or before an undisturbed launch
   lay_out $1
   $3
   whole >undisturbed
@@ -23,9 +23,9 @@ check() { # LARGE FILE, ITS ASIDE, WHAT THE USER DOES after the kill, or before 
   $3
   expect whole <undisturbed
 }
-check 0/large A/ASIDE :
-check 1/due A/ASIDE :
-check 2/shared A/ASIDE :
-check A/qrc__0.localstorage 'A/Local Storage/ASIDE' :
-check B/mrd-2.umo A/ASIDE 'put A/mrd-2.umo/work mine'
-check B/vek-1/z A/runtime/ASIDE/z :
+check 0/large A/STAGED :
+check 1/due A/STAGED :
+check 2/shared A/STAGED :
+check A/qrc__0.localstorage 'A/Local Storage/STAGED' :
+check B/mrd-2.umo A/STAGED 'put A/mrd-2.umo/work mine'
+check B/vek-1/z A/runtime/STAGED/z :

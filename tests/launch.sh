@@ -39,7 +39,7 @@ short() {
   local options='--umo-enable-logging\n--umo-log-level=0\n--odrel=B/odrel'
   sed -Ez "s,$root/,,g; s,B(/0+|/MacOS)*/odrel,B/odrel,g
     s|U/Torvane, Inc./Torvane Odrel 2.([012])|\1|g; s,U/Torvane/Torvane Odrel 2.2,A,g
-    s,Torvane Odrel.app/Contents/MacOS/Torvane Umo,EXE,g; s,\.Torvane Odrel\.part,ASIDE,g
+    s,Torvane Odrel.app/Contents/MacOS/Torvane Umo,EXE,g; s,\.Torvane Odrel\.part,STAGED,g
     s,${attempt}CopyFile success: 1,\1 => \2,g
     s,${attempt}CopyFile success: 0,\1 => \2: not whole,g
     s,${attempt}failed during permissions xfer,\1 => \2: no rights,g
