@@ -60,8 +60,8 @@ struct Migration {
   std::vector<std::string> newer;  // those of newer releases
   std::string marker;              // the file that marks it as migrated
   std::string memory;              // the one that remembers that it could not be marked
-  bool repeated;
-  bool whole = false;
+  bool repeated;       // tried by an earlier launch, so that the application has run since
+  bool whole = false;  // every file has been copied
 };
 
 // True when a newer release has something else in the place of a link to a directory, or the other

@@ -3,7 +3,7 @@
 set -e; source "$(dirname "$0")/launch.sh"
 put A/mrd-1.umo
 runtime A/runtime/vek-1
-check() { # ENTRY OF THE ENVIRONMENT, RUNTIME'S ARGUMENTS UP TO THE LAUNCHER'S -- ...
+check() { # ENTRY OF THE ENVIRONMENT, ARGUMENT THAT THE RUNTIME GETS...
   environment[1]=$1
   { started mrd-1.umo vek-1 "${@:2}"; echo "$1"; } | expect launch "${arguments[@]}"
 }

@@ -81,7 +81,7 @@ Made CopyFile(const std::string& source, const std::string& destination, const s
 Made CopyDirectory(const std::string& source, const std::string& destination,
                    const std::string& path);
 
-// Stores the whole mode word, file type included, of what path leads to; false on failure.
+// Stores the whole mode word, file type included, of what path leads to; if not, returns false.
 bool GetPermissions(const std::string& path, int* mode);
 
 // Applies the permission bits of mode (octal 07777) to what path leads to; false on failure.

@@ -123,7 +123,7 @@ void OpenPrivate(const std::string& path, std::ofstream* stream) {
   const mode_t mask = umask(077);
   stream->open(path, std::ios::binary | std::ios::trunc);
   umask(mask);
-  if (stream->is_open()) SetPermissions(path, 0600);  // of a file that was there before
+  if (stream->is_open()) SetPermissions(path, 0600);  // also when it was there before
 }
 
 bool CanMove(const std::string& from, const std::string& to) {
