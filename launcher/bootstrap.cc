@@ -12,7 +12,6 @@
 #include "platform/mac/bootstrap_mac.h"
 #include "util/file_util.h"
 #include "util/process_util.h"
-#include "util/staged_copy.h"
 
 namespace fs = std::filesystem;
 
@@ -26,30 +25,18 @@ const std::string dataDirName = "Torvane Odrel 2.2";
 const std::string newDataDirName = torvane::ApplicationDataDirectory(orgName, dataDirName);
 const std::string storageDirName = newDataDirName + "/Local Storage";
 const std::string runtimeDirName = newDataDirName + "/runtime";
+const std::string oldStorageFile = "qrc__0.localstorage";
 const std::string migratedFile = "migrated";
-
-std::string fileToOpen;
 
 const char* const oldDataDirNames[] = {"Torvane Odrel 2.0", "Torvane Odrel 2.1",
                                        "Torvane Odrel 2.2", nullptr};
 
-// The name under which copies lie until they are whole, in the directory that they go to or below.
-std::string partName = ".Torvane Odrel.part";
-
-std::string PartIn(const std::string& directory) { return directory + "/" + partName; }
-
-// Waits for other launches with the same data, and removes what a killed one has left aside. Where
-// that cannot be done, it may be another launch's, and this one takes a name of its own.
-void TakeTurn() {
-  const bool locked = torvane::LockDirectory(newDataDirName);
-  if (!locked) partName += "." + std::to_string(getpid());
-  for (const std::string& directory : {newDataDirName, storageDirName, runtimeDirName})
-    if (locked) torvane::DeleteTree(PartIn(directory));
-}
-
-// Creates an empty file on the disk; writes a line and returns false when it cannot.
-bool Touch(const std::string& path) {
-  if (std::ofstream(path).is_open()) return torvane::Flush(path, path);
+// Writes a file onto the disk; a line tells when it cannot.
+bool Touch(const std::string& path, const std::string& content) {
+  std::ofstream file(path, std::ios::binary);
+  file << content;
+  file.close();
+  if (file.good() && torvane::Flush(path)) return true;
   std::cerr << "Failed to touch \"" << path << "\"" << std::endl;
   return false;
 }
@@ -57,12 +44,50 @@ bool Touch(const std::string& path) {
 // The data of an earlier release that this launch brings along.
 struct Migration {
   std::string old;                 // the directory that holds it
+  std::vector<std::string> older;  // those of older releases
+  std::vector<std::string> fresh;  // those of them that this launch migrates for the first time
   std::vector<std::string> newer;  // those of newer releases
-  std::string marker;              // the file that marks it as migrated
-  std::string memory;              // the one that remembers that it could not be marked
-  bool repeated;       // tried by an earlier launch, so that the application has run since
-  bool whole = false;  // every file has been copied
+  std::string memory;              // the file that lists what has arrived, until all has
+  std::set<std::string> arrived;   // relative paths, those of directories with a "/" at the end
+  bool isRemembered;               // the memory lists these
+  bool repeated;      // tried by an earlier launch, so that the application has run since
+  bool whole = true;  // everything has arrived
 };
+
+// The paths in a memory, each ended by a NUL. One that is no file itself has none.
+std::set<std::string> ListedPaths(const std::string& memory) {
+  std::set<std::string> paths;
+  if (torvane::TypeAt(memory) != fs::file_type::regular) return paths;
+  std::ifstream file(memory, std::ios::binary);
+  for (std::string path; std::getline(file, path, '\0') && !file.eof();) paths.insert(path);
+  return paths;
+}
+
+// The migrations that are due, of the oldest release first.
+std::vector<Migration> DueMigrations() {
+  constexpr int oldDataDirCount = 3;
+  std::vector<Migration> migrations;
+  std::vector<std::string> older, fresh;
+  for (int i = 0; i < oldDataDirCount; ++i) {
+    const std::string old = torvane::ApplicationDataDirectory(oldOrgName, oldDataDirNames[i]);
+    const std::string memory = newDataDirName + "/" + oldDataDirNames[i] + ".unmarked";
+    const std::string marker = old + "/" + migratedFile;
+    if (!torvane::DirectoryExists(old)) continue;
+    for (Migration& migration : migrations) migration.newer.push_back(old);
+    if (torvane::FileExists(marker)) {
+      torvane::DeleteFile(memory);
+    } else {
+      const bool isRemembered = torvane::TypeAt(memory) != fs::file_type::not_found;
+      // Nothing is replaced either when it cannot be told whether the marker is there.
+      const bool repeated = isRemembered || !torvane::IsMissing(marker);
+      migrations.push_back(
+          {old, older, fresh, {}, memory, ListedPaths(memory), isRemembered, repeated});
+      if (!repeated) fresh.push_back(old);
+    }
+    older.push_back(old);
+  }
+  return migrations;
+}
 
 // True when a newer release has something else in the place of a link to a directory, or the other
 // way round. The one would be copied through the link, or the link would find no place.
@@ -75,190 +100,74 @@ bool IsPassedOver(const std::string& relative, const Migration& migration) {
   return false;
 }
 
-// True when this launch will copy a newer release's file to the same place.
-bool IsCopiedAgain(const std::string& relative, const Migration& migration) {
+// True when an older release's file is in the place, unchanged. Where this one's has arrived
+// before, or when it is empty, only a file that this launch has just put there counts.
+bool HoldsOlderCopy(const std::string& relative, const Migration& migration) {
+  const std::string file = newDataDirName + "/" + relative;
   std::error_code error;
-  for (const std::string& directory : migration.newer) {
-    const std::string file = directory + "/" + relative;
-    if (!torvane::FileExists(directory + "/" + migratedFile) && fs::is_regular_file(file, error) &&
-        std::ifstream(file).is_open())
-      return true;
-  }
+  const bool onlyFresh = migration.arrived.count(relative) != 0 || fs::is_empty(file, error);
+  for (const std::string& directory : onlyFresh ? migration.fresh : migration.older)
+    if (torvane::IsCopyOf(file, directory + "/" + relative)) return true;
   return false;
 }
 
-// Copies a file of an old data directory; false when that fails. A repeated migration leaves what
-// is there already, because the application may have changed it, unless it is in *copied: this
-// launch has put it there from an older release. The relative path is added to *copied.
-bool MigrateFile(const std::string& relative, const Migration& migration,
-                 std::set<std::string>* copied) {
+// Brings a file of an old data directory along; false when that fails. A repeated migration leaves
+// a file or a link that is there to the application, unless it is an older release's.
+bool MigrateFile(const std::string& relative, const Migration& migration) {
   const std::string source = migration.old + "/" + relative;
   const std::string destination = newDataDirName + "/" + relative;
-  const std::string failure = "Failed to copy \"" + source + "\" to \"" + destination + "\"";
-  const bool replacesOlder = copied->count(relative) != 0;
-  std::error_code error;
-  const fs::file_status there = fs::symlink_status(destination, error);
-  const bool isInTheWay = fs::is_directory(there) || fs::is_other(there);
-  if (migration.repeated && !replacesOlder && !isInTheWay &&
-      (fs::is_regular_file(there) || !torvane::IsMissing(destination))) {
-    if (torvane::FileExists(destination)) return true;
-    std::cerr << failure << std::endl;  // it cannot be told what is there
-    return false;
-  }
+  const fs::file_type there = torvane::TypeAt(destination);
+  bool success = false;
+  if (!migration.repeated)
+    success = torvane::CopyFileUnflushed(source, destination);
+  else if (torvane::IsMissing(destination) || HoldsOlderCopy(relative, migration))
+    success = torvane::CopyFile(source, destination);
+  else
+    success = torvane::FileExists(destination) &&
+              (there == fs::file_type::regular || there == fs::file_type::symlink);
+  if (success && torvane::FlushElsewhere(destination, newDataDirName)) return true;
 
-  // A first migration is flushed in the end. In a repeated one, an older file that a kill has left
-  // in the place of a newer one would be taken for the application's.
-  const auto whenWhole = !migration.repeated                  ? torvane::WhenWhole::move
-                         : IsCopiedAgain(relative, migration) ? torvane::WhenWhole::remove
-                                                              : torvane::WhenWhole::flushAndMove;
-  const torvane::Made made =
-      torvane::StageFile({source, destination, PartIn(newDataDirName), failure, whenWhole});
-  if (made >= torvane::Made::whole) copied->insert(relative);
-  // No later launch may take the older release's copy for this one. A link to it stays.
-  if (made == torvane::Made::part && replacesOlder)
+  std::cerr << "Failed to copy \"" << source << "\" to \"" << destination << "\"" << std::endl;
+  // This launch would move an older release's web storage to its place for good.
+  std::error_code error;
+  if (relative == oldStorageFile && HoldsOlderCopy(relative, migration))
     fs::remove(fs::canonical(destination, error), error);
-  return made >= torvane::Made::whole;
+  return false;
 }
 
-// Copies the files below an old data directory, breadth first; false when one could not be copied.
-bool MigrateDirectory(const Migration& migration, std::set<std::string>* copied) {
-  bool success = true;
-  std::vector<std::string> work = torvane::ListDirectory(migration.old);
+// Brings the files below an old data directory along, breadth first, but for those that have
+// arrived before. What an older release has just put into their place is replaced all the same.
+void MigrateDirectory(Migration* migration) {
+  std::vector<std::string> work = torvane::ListDirectory(migration->old);
   for (std::size_t k = 0; k < work.size(); ++k) {
     const std::string relative = work[k];
-    if (fs::path(relative).filename() == partName || IsPassedOver(relative, migration)) continue;
-    const std::string source = migration.old + "/" + relative;
-    if (torvane::DirectoryExists(source)) {
-      for (const std::string& name : torvane::ListDirectory(source))
-        work.push_back(relative + "/" + name);
-    } else if (!MigrateFile(relative, migration, copied)) {
-      success = false;
-    }
-  }
-  return success;
-}
+    if (torvane::IsPartName(relative.substr(relative.rfind('/') + 1))) continue;
+    const std::string source = migration->old + "/" + relative;
+    const bool isDirectory = torvane::DirectoryExists(source);
+    const std::string path = isDirectory ? relative + "/" : relative;
+    if (migration->arrived.count(path) != 0 && !HoldsOlderCopy(relative, *migration)) continue;
 
-// The migrations that are due, of the oldest release first.
-std::vector<Migration> DueMigrations() {
-  constexpr int oldDataDirCount = 3;
-  std::vector<Migration> migrations;
-  std::vector<std::string> newer;
-  for (int i = oldDataDirCount - 1; i >= 0; --i) {
-    const std::string name = oldDataDirNames[i];
-    const std::string old = torvane::ApplicationDataDirectory(oldOrgName, name);
-    if (!torvane::DirectoryExists(old)) continue;
-    const std::string marker = old + "/" + migratedFile;
-    const std::string memory = newDataDirName + "/" + name + ".unmarked";
-    if (torvane::FileExists(marker)) {
-      torvane::DeleteFile(memory);
+    const bool isPassedOver = IsPassedOver(relative, *migration);
+    if (isDirectory && !isPassedOver) {
+      for (const std::string& name : torvane::ListDirectory(source)) work.push_back(path + name);
+    } else if (isPassedOver || MigrateFile(relative, *migration)) {
+      if (migration->arrived.insert(path).second) migration->isRemembered = false;
     } else {
-      // Nothing is replaced either when it cannot be told whether the marker is there.
-      const bool repeated = !torvane::IsMissing(marker) || !torvane::IsMissing(memory);
-      migrations.insert(migrations.begin(), {old, newer, marker, memory, repeated});
+      if (migration->arrived.erase(path) != 0) migration->isRemembered = false;
+      migration->whole = false;
     }
-    newer.push_back(old);
-  }
-  return migrations;
-}
-
-// Brings the data of earlier releases along. A directory that cannot be marked is remembered: by
-// the time of the next launch the application has run, and its files must not be replaced.
-void MigrateUserData() {
-  if (newDataDirName.empty()) return;  // unknown at start-up, though it may be known by now
-
-  std::vector<Migration> migrations = DueMigrations();
-  std::set<std::string> copied;
-  bool isFlushDue = false;  // a later launch will leave out something that was copied
-  for (Migration& migration : migrations) {
-    std::cout << "Migrating application data from \"" << migration.old << "\" to \""
-              << newDataDirName << "\"" << std::endl;
-    migration.whole = MigrateDirectory(migration, &copied);
-    isFlushDue = isFlushDue || migration.whole || !migration.repeated;
-  }
-
-  // They are marked together: a file that a killed launch has copied from one of them must not keep
-  // out the newer file of another.
-  const bool onDisk = !isFlushDue || torvane::Flush(newDataDirName, newDataDirName);
-  for (const Migration& migration : migrations) {
-    if (migration.whole && onDisk && Touch(migration.marker))
-      torvane::DeleteFile(migration.memory);
-    else if (!torvane::FileExists(migration.memory))
-      Touch(migration.memory);
   }
 }
 
-// Moves the web storage of the old page origin to the place of the new one. The old file goes once
-// its bytes are at the new place and in the backup.
-void MigrateLocalStorage() {
-  const std::string source = newDataDirName + "/qrc__0.localstorage";
-  const std::string destination = storageDirName + "/umop__0.localstorage";
-  const std::string backup = source + "_migrated";
-  if (!torvane::FileExists(source) || torvane::FileExists(destination) ||
-      !torvane::IsMissing(destination))
-    return;
-
-  std::cout << "Migrating localStorage from \"" << source << "\" to \"" << destination << "\""
-            << std::endl;
-  const std::string failure =
-      "Failed to migrate localStorage \"" + source + "\" to \"" + destination + "\"";
-  const std::string incomplete = "Failed to complete localStorage migration";
-  constexpr auto whole = torvane::Made::whole;
-  if (torvane::StageFile({source, destination, PartIn(storageDirName), failure}) < whole ||
-      torvane::StageFile({source, backup, PartIn(newDataDirName), incomplete}) < whole)
-    return;
-  // The move to the destination must not be lost when the source is, which may lie on another disk.
-  if (!torvane::Flush(destination, destination) || !torvane::DeleteFile(source))
-    std::cerr << incomplete << std::endl;
-}
-
-// Copies the bundle's app packages that the application data directory does not hold yet.
-void PrimeUmoFile() {
-  const std::string bundle = torvane::ExecutableDirectory();
-  const std::vector<std::string> packages = torvane::SearchDirectory(bundle, "mrd-*.umo");
-  if (packages.empty()) std::cerr << "Unable to find an Odrel app package to prime" << std::endl;
-  for (const std::string& name : packages) {
-    const std::string destination = newDataDirName + "/" + name;
-    std::cerr << "Priming " << destination << std::endl;
-    if (torvane::FileExists(destination)) continue;
-    torvane::StageFile({bundle + "/" + name, destination, PartIn(newDataDirName),
-                        "Failed to prime Odrel app package \"" + name + "\""});
-  }
-}
-
-// Copies the bundle's greatest-named runtime, unless a directory of its name is there already.
-void PrimeVEKRuntime() {
-  const std::string bundle = torvane::ExecutableDirectory();
-  const std::vector<std::string> runtimes = torvane::SearchDirectory(bundle, "vek-*");
-  if (runtimes.empty()) {
-    std::cerr << "Unable to find a Vekara runtime to prime" << std::endl;
-    return;
-  }
-  const std::string source = bundle + "/" + runtimes.back();
-  const std::string destination = runtimeDirName + "/" + runtimes.back();
-  if (torvane::DirectoryExists(destination)) return;
-  torvane::StageDirectory({source, destination, PartIn(runtimeDirName),
-                           "Failed to prime Vekara runtime \"" + source + "\""});
-}
-
-// The name of the app package to load, the greatest that fits the version file; empty when none.
-std::string LatestOdrelUmoFile() {
-  std::string path = newDataDirName + "/version.txt";
-  if (!torvane::FileExists(path)) path = torvane::ExecutableDirectory() + "/version.txt";
-  std::string version = "*";
-  std::ifstream file(path);
-  std::getline(file, version);  // changes nothing when the file could not be opened
-  const std::vector<std::string> packages =
-      torvane::SearchDirectory(newDataDirName, "mrd-" + version + ".umo");
-  return packages.empty() ? "" : packages.back();
-}
-
-// The path of the executable in the greatest-named runtime; empty when that one has none.
-std::string LatestVEKRuntime() {
-  const std::vector<std::string> runtimes = torvane::SearchDirectory(runtimeDirName, "*");
-  if (runtimes.empty() || runtimes.back().rfind(partName, 0) == 0) return "";
-  const std::string executable =
-      runtimeDirName + "/" + runtimes.back() + "/Torvane Odrel.app/Contents/MacOS/Torvane Umo";
-  return torvane::FileExists(executable) ? executable : "";
+// Lists in the memory what has arrived; a line tells when that fails. A list that is cut off does
+// no harm, since what is missing in it is tried again.
+void Remember(const Migration& migration) {
+  const fs::file_type there = torvane::TypeAt(migration.memory);
+  const bool canList = there == fs::file_type::regular || there == fs::file_type::not_found;
+  if (migration.isRemembered || !canList) return;
+  std::string paths;
+  for (const std::string& path : migration.arrived) paths += path + '\0';
+  Touch(migration.memory, paths);
 }
 
 std::vector<std::string> RuntimeArguments(const std::string& packagePath, int argc, char** argv) {
@@ -273,10 +182,114 @@ std::vector<std::string> RuntimeArguments(const std::string& packagePath, int ar
 
 }  // namespace
 
+std::string fileToOpen;
+
 void SetFileToOpen(std::string path) { fileToOpen = std::move(path); }
 
+void TakeTurn() {
+  constexpr int seconds = 60;
+  bool hasParts = torvane::LockDirectory(newDataDirName, seconds);
+  if (hasParts)
+    for (const std::string& directory : {newDataDirName, storageDirName, runtimeDirName})
+      hasParts = torvane::DeletePart(directory) && hasParts;
+  // Otherwise other launches may be making theirs.
+  if (!hasParts) torvane::AddToPartName("." + std::to_string(getpid()));
+}
+
+void MigrateUserData() {
+  if (newDataDirName.empty()) return;  // though the old data directories may be known by now
+
+  std::vector<Migration> migrations = DueMigrations();
+  bool isFlushDue = false;
+  for (Migration& migration : migrations) {
+    std::cout << "Migrating application data from \"" << migration.old << "\" to \""
+              << newDataDirName << "\"" << std::endl;
+    MigrateDirectory(&migration);
+    isFlushDue = isFlushDue || !migration.isRemembered;
+  }
+  if (isFlushDue && !torvane::Flush(newDataDirName)) {
+    std::cerr << "Failed to write \"" << newDataDirName << "\" to the disk" << std::endl;
+    for (const Migration& migration : migrations)
+      if (!migration.repeated) Touch(migration.memory, "");
+    return;
+  }
+  // The memories first: what one lists may be due again, because of a release that is marked now.
+  for (const Migration& migration : migrations)
+    if (!migration.whole) Remember(migration);
+  for (const Migration& migration : migrations) {
+    if (migration.whole && Touch(migration.old + "/" + migratedFile, ""))
+      torvane::DeleteFile(migration.memory);
+    else if (migration.whole)
+      Remember(migration);
+  }
+}
+
+void MigrateLocalStorage() {
+  const std::string source = newDataDirName + "/" + oldStorageFile;
+  const std::string destination = storageDirName + "/umop__0.localstorage";
+  const std::string backup = source + "_migrated";
+  if (!torvane::FileExists(source) || torvane::FileExists(destination)) return;
+
+  std::cout << "Migrating localStorage from \"" << source << "\" to \"" << destination << "\""
+            << std::endl;
+  // Nothing is replaced when it cannot be told whether it is there.
+  if (!torvane::IsMissing(destination) || !torvane::CopyFile(source, destination)) {
+    std::cerr << "Failed to migrate localStorage \"" << source << "\" to \"" << destination << "\""
+              << std::endl;
+    return;
+  }
+  // The source may lie on another disk, which must not lose it before this one has the new name.
+  if (!torvane::CopyFile(source, backup) || !torvane::Flush(destination) ||
+      !torvane::DeleteFile(source))
+    std::cerr << "Failed to complete localStorage migration" << std::endl;
+}
+
+void PrimeUmoFile() {
+  const std::string bundle = torvane::ExecutableDirectory();
+  const std::vector<std::string> packages = torvane::SearchDirectory(bundle, "mrd-*.umo");
+  if (packages.empty()) std::cerr << "Unable to find an Odrel app package to prime" << std::endl;
+  for (const std::string& name : packages) {
+    const std::string destination = newDataDirName + "/" + name;
+    std::cerr << "Priming " << destination << std::endl;
+    if (!torvane::FileExists(destination) && !torvane::CopyFile(bundle + "/" + name, destination))
+      std::cerr << "Failed to prime Odrel app package \"" << name << "\"" << std::endl;
+  }
+}
+
+std::string LatestOdrelUmoFile() {
+  std::string path = newDataDirName + "/version.txt";
+  if (!torvane::FileExists(path)) path = torvane::ExecutableDirectory() + "/version.txt";
+  std::string version = "*";
+  std::ifstream file(path);
+  std::getline(file, version);  // changes nothing when the file could not be opened
+  const std::vector<std::string> packages =
+      torvane::SearchDirectory(newDataDirName, "mrd-" + version + ".umo");
+  return packages.empty() ? "" : packages.back();
+}
+
+void PrimeVEKRuntime() {
+  const std::string bundle = torvane::ExecutableDirectory();
+  const std::vector<std::string> runtimes = torvane::SearchDirectory(bundle, "vek-*");
+  if (runtimes.empty()) {
+    std::cerr << "Unable to find a Vekara runtime to prime" << std::endl;
+    return;
+  }
+  const std::string source = bundle + "/" + runtimes.back();
+  const std::string destination = runtimeDirName + "/" + runtimes.back();
+  if (!torvane::DirectoryExists(destination) && !torvane::CopyWholeDirectory(source, destination))
+    std::cerr << "Failed to prime Vekara runtime \"" << source << "\"" << std::endl;
+}
+
+std::string LatestVEKRuntime() {
+  const std::vector<std::string> runtimes = torvane::SearchDirectory(runtimeDirName, "*");
+  if (runtimes.empty() || torvane::IsPartName(runtimes.back())) return "";
+  const std::string executable =
+      runtimeDirName + "/" + runtimes.back() + "/Torvane Odrel.app/Contents/MacOS/Torvane Umo";
+  return torvane::FileExists(executable) ? executable : "";
+}
+
 int main(int argc, char** argv) {
-  torvane::IgnoreClosedPipes();
+  torvane::IgnoreWriteSignals();
   PlatformSetup();
   if (!torvane::MakeDirectory(newDataDirName)) {
     std::cerr << "Failed to create Odrel app data directory \"" << newDataDirName << "\""

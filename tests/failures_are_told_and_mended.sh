@@ -42,7 +42,6 @@ Loading Odrel package "A/mrd-2.umo"
 0/rights => A/rights: no rights; told
 0/shared => A/shared
 0/stuck => A/stuck: no rights; told
-Failed to remove incomplete "A/stuck"
 0/untold => A/untold
 0/a/file => A/a/file
 0/a/x => A/a/x
@@ -75,9 +74,13 @@ Unable to find a Vekara runtime on the system
 -- exit code 4
 < A/Local Storage/STAGED 644 0 ""
 < A/STAGED -> U/mine
+< A/Torvane Odrel 2.1.unmarked 644 4 "mine"
+< A/Torvane Odrel 2.2.unmarked 644 4 "mine"
 > A/.b 644 3 "new"
 > A/Local Storage/umop__0.localstorage 644 3 "new"
-> A/Torvane Odrel 2.0.unmarked 644 0 ""
+> A/Torvane Odrel 2.0.unmarked 644 80 ".b|a/file|a/x|circle"
+> A/Torvane Odrel 2.1.unmarked 644 34 ".b|due|kept|moved|ow"
+> A/Torvane Odrel 2.2.unmarked 644 29 "migrated|qrc__0.loca"
 > A/a/file 644 3 "old"
 > A/a/x 640 3 "old"
 > A/circle 644 3 "old"
@@ -90,6 +93,7 @@ Unable to find a Vekara runtime on the system
 < A/read-only 444 4 "mine"
 > A/read-only 444 3 "new"
 < A/runtime/STAGED/link -> U/mine
+> A/shared 644 3 "old"
 > A/untold 644 3 "old"
 END
 
@@ -104,15 +108,12 @@ runtime B/vek-1
 errors=out expect launch_and_changes <<'END'
 Dianostics: ON
 Migrating application data from "0" to "A"
-0/circle => A/circle: no place; told
 0/elsewhere => A/elsewhere
 0/link => A/link
-0/pipe => A/pipe: no place; told
+Failed to copy "0/pipe" to "A/pipe"
 0/place => A/place
 0/rights => A/rights
-0/shared => A/shared
 0/stuck => A/stuck
-Failed to copy "0/untold" to "A/untold"
 0/under/deep/f => A/under/deep/f
 Migrating application data from "1" to "A"
 1/shared => A/shared
@@ -139,8 +140,10 @@ A/runtime/vek-1 with A/mrd-3.umo
 ...
 > 1/migrated 644 0 ""
 > 2/migrated 644 0 ""
-< A/Torvane Odrel 2.1.unmarked 644 4 "mine"
-< A/Torvane Odrel 2.2.unmarked 644 4 "mine"
+< A/Torvane Odrel 2.0.unmarked 644 80 ".b|a/file|a/x|circle"
+< A/Torvane Odrel 2.1.unmarked 644 34 ".b|due|kept|moved|ow"
+< A/Torvane Odrel 2.2.unmarked 644 29 "migrated|qrc__0.loca"
+> A/Torvane Odrel 2.0.unmarked 644 133 ".b|a/file|a/x|circle"
 > A/elsewhere 644 20000 "00000000000000000000"
 > A/link -> .
 > A/mrd-1.umo 644 3 "new"
@@ -148,11 +151,12 @@ A/runtime/vek-1 with A/mrd-3.umo
 > A/mrd-3.umo 644 20000 "00000000000000000000"
 > A/place 644 3 "old"
 > A/rights 644 0 ""
-> A/runtime/vek-1/EXE 755 367 "#!/bin/sh/# Stands i"
+> A/runtime/vek-1/EXE 755 367 "#!/bin/sh~# Stands i"
 > A/runtime/vek-1/F/Resources -> Versions/Current/Resources
 > A/runtime/vek-1/F/Versions/A/Resources/r 644 0 ""
 > A/runtime/vek-1/F/Versions/Current -> A
 > A/runtime/vek-1/z 644 0 ""
+< A/shared 644 3 "old"
 > A/shared 644 20000 "00000000000000000000"
 > A/stuck 644 20000 "00000000000000000000"
 > A/under/deep/f 644 3 "old"

@@ -61,7 +61,7 @@ launch() { # ARGUMENT...
 # Shows what is in U. Of the directories only those that are empty or not of mode 755.
 tree() {
   find U -type l -printf '%p -> %l\n' -o -type p -printf '%p|\n' -o -type f -printf '%p %m %s "' \
-    -exec sh -c 'head -c 20 "$1" | tr "\n" ~' - {} ';' -printf '"\n' \
+    -exec sh -c 'head -c 20 "$1" | tr "\n\0" "~|"' - {} ';' -printf '"\n' \
     -o -type d \( -empty -o ! -perm 755 \) -printf '%p/ %m\n' | short | sort
 }
 

@@ -1,6 +1,7 @@
 #include "util/file_util.h"
 
-#include <cstdint>
+#include <cstdio>
+#include <cstring>
 #include <deque>
 #include <filesystem>
 #include <fstream>
@@ -12,43 +13,142 @@ namespace torvane {
 
 namespace {
 
-// Copies the link itself. It takes the place of a file or a link, not of a directory.
-bool CopyLink(const std::string& source, const std::string& destination) {
-  std::error_code error;
-  const fs::path target = fs::read_symlink(source, error);
-  if (error) return false;
-  if (fs::read_symlink(destination, error) == target) return true;
-  DeleteFile(destination);
-  fs::create_symlink(target, destination, error);
-  return !error;
+constexpr char partPrefix[] = ".Torvane Odrel.part";
+std::string partName = partPrefix;
+
+// The path up to its last "/", that one excluded; empty when there is none.
+std::string Parent(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "" : path.substr(0, slash);
 }
 
-// Moves the bytes and closes both streams. True when every byte of the source has reached the file
-// system. The streams' flags alone do not tell: an empty source sets one, a read error may not.
+std::string PartBeside(const std::string& place) {
+  return fs::path(place).replace_filename(partName);
+}
+
+// Where opening the path would open or create a file; still a link when its links do not end.
+std::string FollowLinks(fs::path path) {
+  std::error_code error;
+  for (int i = 0; i < 40 && fs::is_symlink(path, error); ++i)
+    path = path.parent_path() / fs::read_symlink(path, error);
+  return path;
+}
+
+bool FlushPart(const std::string& part, const std::string& destination) {
+  if (Flush(part)) return true;
+  std::cerr << "Failed to write \"" << destination << "\" to the disk" << std::endl;
+  return false;
+}
+
+// Moves a part that is whole to its place, unless something else has come there since the copy
+// began. Otherwise removes it and returns false.
+bool EndCopy(bool whole, const std::string& part, const std::string& place, fs::file_type before) {
+  if (whole && TypeAt(place) == before && std::rename(part.c_str(), place.c_str()) == 0)
+    return true;
+  std::error_code error;
+  fs::remove_all(part, error);
+  return false;
+}
+
+// Copies the link itself, in place of nothing, a file or a link.
+bool CopyLink(const std::string& source, const std::string& place) {
+  const fs::file_type there = TypeAt(place);
+  if (there == fs::file_type::none || fs::is_other(fs::file_status(there))) return false;
+  const std::string part = PartBeside(place);
+  DeleteFile(part);
+  std::error_code error;
+  fs::copy_symlink(source, part, error);
+  return EndCopy(!error, part, place, there);
+}
+
+// Moves the bytes and closes both streams. True when the file system has taken all that was read,
+// which is no less than it told of the source before. The streams' flags alone do not tell: an
+// empty source sets one, a read error may not.
 bool Transfer(const std::string& source, std::ifstream* in, std::ofstream* out) {
+  std::error_code error;
+  const auto size = static_cast<std::streamoff>(fs::file_size(source, error));
   *out << in->rdbuf();
   out->clear();
   const std::streamoff read = in->tellg();
   const std::streamoff written = out->tellp();
   in->close();
   out->close();
-  std::error_code error;
-  const std::uintmax_t size = fs::file_size(source, error);
-  return out->good() && !error && read == written && static_cast<std::uintmax_t>(read) == size;
+  return !error && out->good() && read == written && read >= size;
 }
 
 // Exactly one side of a copy that cannot begin has failed.
-Made ReportUnopened(const std::string& source, const std::string& destination, bool sourceGood) {
+bool ReportUnopened(const std::string& source, const std::string& destination, bool sourceGood) {
   std::cerr << "failed copy " << source << " to " << destination << std::endl;
   std::cerr << "src good: " << sourceGood << " dest good: " << !sourceGood << std::endl;
   std::cerr << "src state: fail " << !sourceGood << " bad 0" << std::endl;
   std::cerr << "dest state: fail " << sourceGood << " bad 0" << std::endl;
-  return Made::nothing;
+  return false;
 }
 
-Made ReportOutcome(Made made) {
-  std::cerr << "CopyFile success: " << (made >= Made::whole) << std::endl;
-  return made;
+bool ReportOutcome(bool success) {
+  std::cerr << "CopyFile success: " << success << std::endl;
+  return success;
+}
+
+// Copies a file to path. The lines tell the destination.
+bool Copy(const std::string& source, const std::string& destination, const std::string& path,
+          bool flush) {
+  if (!MakeDirectory(Parent(path))) {
+    std::cerr << "CopyFile could not make directory " << Parent(destination) << std::endl;
+    return false;
+  }
+
+  std::cerr << "Attempt CopyFile from " << source << " to " << destination << std::endl;
+  if (LinksToDirectory(source)) return ReportOutcome(CopyLink(source, path));
+
+  std::error_code error;
+  std::ifstream in;
+  if (fs::is_regular_file(source, error)) in.open(source, std::ios::binary);
+  if (!in.is_open()) return ReportUnopened(source, destination, false);
+  if (fs::equivalent(source, path, error)) return ReportOutcome(true);
+
+  const std::string place = FollowLinks(path);
+  const fs::file_type there = TypeAt(place);
+  const bool isFile = there == fs::file_type::regular;
+  const std::string part = PartBeside(place);
+  const bool isBeside = (isFile || there == fs::file_type::not_found) && CreateFile(part);
+  const std::string& made = isBeside ? part : place;
+  std::ofstream out;
+  if (isBeside || (isFile && !MayChange(Parent(place))))
+    out.open(made, std::ios::binary | std::ios::trunc);
+  if (!out.is_open()) return ReportUnopened(source, destination, true);
+
+  bool whole = Transfer(source, &in, &out);
+  int mode = 0;
+  const bool hasPermissions = !GetPermissions(source, &mode) || SetPermissions(made, mode);
+  if (whole && flush) whole = FlushPart(made, destination);
+  if (isBeside) whole = EndCopy(whole, part, place, there);
+  if (hasPermissions) return ReportOutcome(whole);
+  std::cerr << "failed during permissions xfer" << std::endl;
+  return false;
+}
+
+// Copies a tree to path. The lines tell the destination.
+bool CopyTree(const std::string& source, const std::string& destination, const std::string& path,
+              bool flush) {
+  if (!DirectoryExists(source)) {
+    std::cerr << "CopyDirectory from does not exist: " << source << std::endl;
+    return false;
+  }
+
+  std::deque<std::string> pending = {""};  // below all three, with a "/" in front
+  while (!pending.empty()) {
+    const std::string directory = std::move(pending.back());
+    pending.pop_back();
+    for (const std::string& name : ListDirectory(source + directory)) {
+      const std::string entry = directory + "/" + name;
+      if (DirectoryExists(source + entry))
+        pending.push_back(entry);
+      else if (!Copy(source + entry, destination + entry, path + entry, flush))
+        return false;
+    }
+  }
+  return true;
 }
 
 }  // namespace
@@ -64,74 +164,65 @@ std::string ApplicationDataDirectory(const std::string& org, const std::string& 
   return userData + "/" + org + "/" + name;
 }
 
+fs::file_type TypeAt(const std::string& path) {
+  std::error_code error;
+  return fs::symlink_status(path, error).type();
+}
+
 bool LinksToDirectory(const std::string& path) {
   std::error_code error;
   return fs::is_symlink(path, error) && fs::is_directory(path, error);
 }
 
-bool CopyFile(const std::string& source, const std::string& destination) {
-  return CopyFile(source, destination, destination) >= Made::whole;
+bool IsCopyOf(const std::string& path, const std::string& original) {
+  std::error_code error;
+  const std::uintmax_t size = fs::file_size(path, error);
+  if (error || fs::file_size(original, error) != size || fs::equivalent(path, original, error))
+    return false;
+
+  // A read error ends the loop early, with a flag in libstdc++ and without one in libc++.
+  std::ifstream one(path, std::ios::binary), other(original, std::ios::binary);
+  char bytes[4096], others[sizeof(bytes)];
+  std::uintmax_t same = 0;
+  while (one.read(bytes, sizeof(bytes)).gcount() > 0 &&
+         other.read(others, sizeof(bytes)).gcount() == one.gcount() &&
+         std::memcmp(bytes, others, one.gcount()) == 0)
+    same += one.gcount();
+  return same == size;
 }
 
-Made CopyFile(const std::string& source, const std::string& destination, const std::string& path) {
-  if (!MakeDirectory(fs::path(path).parent_path())) {
-    std::cerr << "CopyFile could not make directory "
-              << fs::path(destination).parent_path().string() << std::endl;
-    return Made::nothing;
-  }
+bool CopyFile(const std::string& source, const std::string& destination) {
+  return Copy(source, destination, destination, true);
+}
 
-  std::cerr << "Attempt CopyFile from " << source << " to " << destination << std::endl;
-  if (LinksToDirectory(source))
-    return ReportOutcome(CopyLink(source, path) ? Made::link : Made::nothing);
-
-  std::error_code error;
-  std::ifstream in;
-  if (fs::is_regular_file(source, error)) in.open(source, std::ios::binary);
-  if (!in.is_open()) return ReportUnopened(source, destination, false);
-  // Opening the source itself as the destination would empty it.
-  if (fs::equivalent(source, destination, error)) return ReportOutcome(Made::existing);
-  std::ofstream out;
-  const fs::file_status there = fs::status(path, error);
-  if (!fs::exists(there) || fs::is_regular_file(there)) OpenPrivate(path, &out);
-  if (!out.is_open()) return ReportUnopened(source, destination, true);
-
-  const bool complete = Transfer(source, &in, &out);
-  int mode = 0;
-  if (GetPermissions(source, &mode) && !SetPermissions(path, mode)) {
-    std::cerr << "failed during permissions xfer" << std::endl;
-    return complete ? Made::unprotected : Made::part;
-  }
-  return ReportOutcome(complete ? Made::whole : Made::part);
+bool CopyFileUnflushed(const std::string& source, const std::string& destination) {
+  return Copy(source, destination, destination, false);
 }
 
 bool CopyDirectory(const std::string& source, const std::string& destination) {
-  return CopyDirectory(source, destination, destination) >= Made::whole;
+  return CopyTree(source, destination, destination, true);
 }
 
-Made CopyDirectory(const std::string& source, const std::string& destination,
-                   const std::string& path) {
-  if (!DirectoryExists(source)) {
-    std::cerr << "CopyDirectory from does not exist: " << source << std::endl;
-    return Made::nothing;
-  }
+bool CopyWholeDirectory(const std::string& source, const std::string& destination) {
+  if (TypeAt(destination) != fs::file_type::not_found) return CopyDirectory(source, destination);
 
-  const bool isNew = IsMissing(path);
-  Made made = Made::existing;
-  std::deque<std::string> pending = {""};  // below all three, with a "/" in front
-  while (!pending.empty()) {
-    const std::string directory = std::move(pending.back());
-    pending.pop_back();
-    for (const std::string& name : ListDirectory(source + directory)) {
-      const std::string entry = directory + "/" + name;
-      if (DirectoryExists(source + entry))
-        pending.push_back(entry);
-      else if (CopyFile(source + entry, destination + entry, path + entry) < Made::whole)
-        return isNew ? Made::part : Made::nothing;
-      else
-        made = Made::whole;
-    }
-  }
-  return made;
+  const std::string part = PartBeside(destination);
+  bool whole = DeletePart(Parent(destination)) && CopyTree(source, destination, part, false);
+  if (whole && !FileExists(part)) return true;  // nothing comes of a tree without files
+  whole = whole && FlushPart(part, destination);
+  return EndCopy(whole, part, destination, fs::file_type::not_found) ||
+         (whole && DirectoryExists(destination));
+}
+
+bool IsPartName(const std::string& name) { return name.rfind(partPrefix, 0) == 0; }
+
+void AddToPartName(const std::string& suffix) { partName += suffix; }
+
+bool DeletePart(const std::string& directory) {
+  std::error_code error;
+  if (!fs::is_directory(directory, error)) return true;
+  fs::remove_all(directory + "/" + partName, error);
+  return !error;
 }
 
 }  // namespace torvane

@@ -1,18 +1,14 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <fnmatch.h>
-#include <ftw.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <iostream>
-#include <set>
 
 #include "util/file_util.h"
 #include "util/string_util.h"
@@ -25,14 +21,10 @@ int DirEntryFilter(const dirent* entry) {
   return std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0;
 }
 
-int RemoveEntry(const char* path, const struct stat* /*info*/, int /*type*/, FTW* /*position*/) {
-  return std::remove(path);
-}
-
 // True for the errors of file systems that have no way to flush.
 bool CannotFlush(int error) {
-  const std::set<int> errors = {EINVAL, ENOSYS, ENOTSUP, EOPNOTSUPP, ENOTTY};
-  return errors.count(error) != 0;
+  return error == EINVAL || error == ENOSYS || error == ENOTSUP || error == EOPNOTSUPP ||
+         error == ENOTTY;
 }
 
 // Both return an error number, 0 when done.
@@ -65,12 +57,6 @@ bool DirectoryExists(const std::string& path) {
 }
 
 bool DeleteFile(const std::string& path) { return unlink(path.c_str()) == 0; }
-
-bool DeleteTree(const std::string& path) {
-  constexpr int openAtOnce = 16;  // of the directories; their depth has no limit
-  constexpr int flags = FTW_DEPTH | FTW_MOUNT | FTW_PHYS;
-  return nftw(path.c_str(), RemoveEntry, openAtOnce, flags) == 0 || errno == ENOENT;
-}
 
 std::vector<std::string> ListDirectory(const std::string& directory) {
   std::vector<std::string> names;
@@ -108,6 +94,17 @@ bool MakeDirectory(const std::string& path) {
   return true;
 }
 
+bool CreateFile(const std::string& path) {
+  DeleteFile(path);
+  const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  if (file < 0) return false;
+  fchmod(file, 0600);  // whatever the creation mask is; a file system may have no permissions
+  close(file);
+  return true;
+}
+
+bool MayChange(const std::string& directory) { return access(directory.c_str(), W_OK | X_OK) == 0; }
+
 bool GetPermissions(const std::string& path, int* mode) {
   struct stat info;
   if (stat(path.c_str(), &info) != 0) return false;
@@ -119,34 +116,32 @@ bool SetPermissions(const std::string& path, int mode) {
   return chmod(path.c_str(), static_cast<mode_t>(mode)) == 0;
 }
 
-void OpenPrivate(const std::string& path, std::ofstream* stream) {
-  const mode_t mask = umask(077);
-  stream->open(path, std::ios::binary | std::ios::trunc);
-  umask(mask);
-  if (stream->is_open()) SetPermissions(path, 0600);  // also when it was there before
-}
-
-bool CanMove(const std::string& from, const std::string& to) {
-  struct stat one, other;
-  return stat(from.c_str(), &one) == 0 && stat(to.c_str(), &other) == 0 && S_ISDIR(one.st_mode) &&
-         S_ISDIR(other.st_mode) && one.st_dev == other.st_dev &&
-         access(from.c_str(), W_OK | X_OK) == 0 && access(to.c_str(), W_OK | X_OK) == 0;
-}
-
-bool Flush(const std::string& path, const std::string& destination) {
+bool Flush(const std::string& path) {
   const int file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  struct stat info = {};
-  int error = file >= 0 && fstat(file, &info) == 0 ? 0 : errno;
+  if (file < 0) return errno == EACCES;
+  struct stat info;
+  int error = fstat(file, &info) == 0 ? 0 : errno;
   if (error == 0) error = S_ISDIR(info.st_mode) ? FlushFileSystem(file) : FlushFile(file);
   close(file);
-  if (error == 0 || CannotFlush(error)) return true;
-  std::cerr << "Failed to write \"" << destination << "\" to the disk" << std::endl;
-  return false;
+  return error == 0 || CannotFlush(error);
 }
 
-bool LockDirectory(const std::string& path) {
-  const int directory = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  return directory >= 0 && flock(directory, LOCK_EX) == 0;  // held as long as it is open
+bool FlushElsewhere(const std::string& path, const std::string& directory) {
+  struct stat info = {}, there = {};
+  stat(path.c_str(), &info);
+  stat(directory.c_str(), &there);
+  return !S_ISREG(info.st_mode) || info.st_dev == there.st_dev || Flush(path);
+}
+
+bool LockDirectory(const std::string& path, int seconds) {
+  constexpr timespec pause = {0, 10000000};  // a hundredth of a second
+  const int directory = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  bool isHeld = flock(directory, LOCK_EX | LOCK_NB) == 0;  // as long as it is open
+  for (int i = 0; !isHeld && errno == EWOULDBLOCK && i < 100 * seconds; ++i) {
+    nanosleep(&pause, nullptr);
+    isHeld = flock(directory, LOCK_EX | LOCK_NB) == 0;
+  }
+  return isHeld;
 }
 
 }  // namespace torvane

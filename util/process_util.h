@@ -6,9 +6,9 @@
 
 namespace torvane {
 
-// From now on a write to a closed pipe fails instead of ending this process. Programs that it
-// starts get the disposition of SIGPIPE that it had before.
-void IgnoreClosedPipes();
+// From now on a write to a closed pipe, or beyond the limit on file sizes, fails instead of ending
+// this process. Programs that it starts get the dispositions of both signals that it had before.
+void IgnoreWriteSignals();
 
 // Starts the program at path as an independent process. It receives path and then arguments as its
 // argument vector, and environment followed by this process's own environment, duplicates kept.

@@ -23,9 +23,10 @@ void IgnoreSignal(int /*signal*/) {}
 
 }  // namespace
 
-void IgnoreClosedPipes() {
+void IgnoreWriteSignals() {
   // Unlike SIG_IGN, a handler is not handed on to another program.
-  if (std::signal(SIGPIPE, IgnoreSignal) == SIG_IGN) std::signal(SIGPIPE, SIG_IGN);
+  for (const int signal : {SIGPIPE, SIGXFSZ})
+    if (std::signal(signal, IgnoreSignal) == SIG_IGN) std::signal(signal, SIG_IGN);
 }
 
 bool SpawnProcess(const std::string& path, const std::vector<std::string>& arguments,

@@ -5,21 +5,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
-namespace {
-
-// The pieces of the input between the delimiters, without the empty ones.
-std::vector<std::string> Split(std::istream&& input, char delimiter) {
-  std::vector<std::string> pieces;
-  for (std::string piece; std::getline(input, piece, delimiter);)
-    if (!piece.empty()) pieces.push_back(piece);
-  return pieces;
-}
-
-}  // namespace
+#include "util/string_util.h"
 
 @implementation NSObject
 + (id)alloc {
@@ -35,7 +24,6 @@ std::vector<std::string> Split(std::istream&& input, char delimiter) {
 @end
 
 @implementation NSArray
-@synthesize elements;
 - (id)objectAtIndex:(NSUInteger)index {
   return elements[index];
 }
@@ -55,9 +43,6 @@ std::vector<std::string> Split(std::istream&& input, char delimiter) {
 + (NSUserDefaults*)standardUserDefaults {
   static NSUserDefaults* const defaults = [[NSUserDefaults alloc] init];
   return defaults;
-}
-- (void)registerDefaults:(NSDictionary*)defaults {
-  registered = defaults;
 }
 @end
 
@@ -94,7 +79,7 @@ std::vector<std::string> Split(std::istream&& input, char delimiter) {
     names.back().UTF8String = file.c_str();
   }
   NSArray* const array = [[NSArray alloc] init];
-  array.elements = names.data();
+  array->elements = names.data();
   const BOOL opened = names.size() == 1 ? [delegate application:self openFile:names[0]]
                                         : [delegate application:self openFiles:array];
   if (!opened) std::fputs("The document could not be opened.\n", stderr);
@@ -106,19 +91,21 @@ std::vector<std::string> Split(std::istream&& input, char delimiter) {
       ((NSString*)defaults->object).UTF8String == std::string("NO"))
     return;
 
-  const std::vector<std::string> words = Split(std::ifstream("/proc/self/cmdline"), '\0');
-  for (std::size_t i = 1; i < words.size(); ++i)
-    if (words[i][0] != '-') [self open:std::vector<std::string>(1, words[i])];
+  std::ifstream arguments("/proc/self/cmdline");
+  std::string argument;
+  std::getline(arguments, argument, '\0');  // the program's name
+  while (std::getline(arguments, argument, '\0'))
+    if (!argument.empty() && argument[0] != '-') [self open:std::vector<std::string>(1, argument)];
 }
 
 - (void)run {
   running = YES;
   [self openArguments];
   const char* documents = std::getenv("ODREL_OPEN_DOCUMENTS");
-  for (const std::string& request : Split(std::istringstream(documents ? documents : ""), '\n')) {
-    const std::vector<std::string> files = Split(std::istringstream(request), '\t');
-    if (!files.empty()) [self open:files];
-  }
+  std::vector<std::string> requests, files;
+  torvane::Tokenize(documents != nullptr ? documents : "", "\n", &requests);
+  for (const std::string& request : requests)
+    if (torvane::Tokenize(request, "\t", &files) > 0) [self open:files];
 
   NSNotification* const notification = [[NSNotification alloc] init];
   notification.object = self;

@@ -3,21 +3,20 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <utility>
 
 namespace {
 
 // Has no "/" at its end, unless it is the root; empty when no home directory is known.
 std::string XdgDataDirectory() {
-  for (const auto& [variable, below] :
-       {std::pair("XDG_DATA_HOME", ""), {"HOME", "/.local/share"}}) {
-    const char* value = std::getenv(variable);
-    if (value == nullptr || value[0] != '/') continue;
-    std::string directory = std::string(value) + below;
-    while (directory.size() > 1 && directory.back() == '/') directory.pop_back();
-    return directory;
-  }
-  return "";
+  const char* data = std::getenv("XDG_DATA_HOME");
+  const char* home = std::getenv("HOME");
+  std::string directory;
+  if (data != nullptr && data[0] == '/')
+    directory = data;
+  else if (home != nullptr && home[0] == '/')
+    directory = std::string(home) + "/.local/share";
+  while (directory.size() > 1 && directory.back() == '/') directory.pop_back();
+  return directory;
 }
 
 }  // namespace

@@ -29,9 +29,9 @@ __attribute__((objc_root_class))
 @end
 
 @interface NSArray : NSObject {
+ @public
   NSString* const* elements;
 }
-@property(nonatomic, assign) NSString* const* elements;
 - (id)objectAtIndex:(NSUInteger)index;
 @end
 
@@ -47,8 +47,7 @@ __attribute__((objc_root_class))
   NSDictionary* registered;
 }
 + (NSUserDefaults*)standardUserDefaults;
-- (void)registerDefaults:(NSDictionary*)defaults;  // in place of those registered before
-@property(nonatomic, assign) NSDictionary* registered;
+@property(nonatomic, assign, setter=registerDefaults:) NSDictionary* registered;
 @end
 
 @interface NSNotification : NSObject {
