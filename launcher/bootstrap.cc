@@ -2,12 +2,9 @@
 
 #include <unistd.h>
 
-#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <set>
-#include <string>
-#include <vector>
 
 #include "platform/mac/bootstrap_mac.h"
 #include "util/file_util.h"
@@ -34,9 +31,7 @@ const char* const oldDataDirNames[] = {"Torvane Odrel 2.0", "Torvane Odrel 2.1",
 // Writes a file onto the disk; a line tells when it cannot.
 bool Touch(const std::string& path, const std::string& content) {
   std::ofstream file(path, std::ios::binary);
-  file << content;
-  file.close();
-  if (file.good() && torvane::Flush(path)) return true;
+  if ((file << content).flush() && torvane::Flush(path)) return true;
   std::cerr << "Failed to touch \"" << path << "\"" << std::endl;
   return false;
 }
@@ -187,13 +182,9 @@ std::string fileToOpen;
 void SetFileToOpen(std::string path) { fileToOpen = std::move(path); }
 
 void TakeTurn() {
-  constexpr int seconds = 60;
-  bool hasParts = torvane::LockDirectory(newDataDirName, seconds);
-  if (hasParts)
-    for (const std::string& directory : {newDataDirName, storageDirName, runtimeDirName})
-      hasParts = torvane::DeletePart(directory) && hasParts;
-  // Otherwise other launches may be making theirs.
-  if (!hasParts) torvane::AddToPartName("." + std::to_string(getpid()));
+  if (!torvane::LockDirectory(newDataDirName, 60) || !torvane::DeletePart(newDataDirName) ||
+      !torvane::DeletePart(storageDirName) || !torvane::DeletePart(runtimeDirName))
+    torvane::AddToPartName("." + std::to_string(getpid()));
 }
 
 void MigrateUserData() {

@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <cstring>
 #include <deque>
-#include <filesystem>
 #include <fstream>
 #include <iostream>
 
@@ -61,9 +60,9 @@ bool CopyLink(const std::string& source, const std::string& place) {
   return EndCopy(!error, part, place, there);
 }
 
-// Moves the bytes and closes both streams. True when the file system has taken all that was read,
-// which is no less than it told of the source before. The streams' flags alone do not tell: an
-// empty source sets one, a read error may not.
+// Moves the bytes and closes the destination. True when the file system has taken all that was
+// read, which is no less than it told of the source before. The streams' flags alone do not tell:
+// an empty source sets one, a read error may not.
 bool Transfer(const std::string& source, std::ifstream* in, std::ofstream* out) {
   std::error_code error;
   const auto size = static_cast<std::streamoff>(fs::file_size(source, error));
@@ -71,7 +70,6 @@ bool Transfer(const std::string& source, std::ifstream* in, std::ofstream* out) 
   out->clear();
   const std::streamoff read = in->tellg();
   const std::streamoff written = out->tellp();
-  in->close();
   out->close();
   return !error && out->good() && read == written && read >= size;
 }
@@ -160,8 +158,7 @@ std::string ExecutableDirectory() {
 
 std::string ApplicationDataDirectory(const std::string& org, const std::string& name) {
   const std::string userData = UserDataDirectory();
-  if (userData.empty()) return "";
-  return userData + "/" + org + "/" + name;
+  return userData.empty() ? "" : userData + "/" + org + "/" + name;
 }
 
 fs::file_type TypeAt(const std::string& path) {

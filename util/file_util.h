@@ -1,9 +1,8 @@
 // Questions about files, and copies of them. Nothing here throws for a failed system call. Only the
 // copy functions write lines, to standard error, those of success too.
 //
-// A copy is made beside its place, in the same directory under a name of its own (its part), and
-// moved there by one rename when every byte of it is on the disk. So a kill or a power cut leaves
-// the place as it was, or the whole copy in it, and at most a part beside it.
+// A copy is made in the directory that it goes to, as a part, and renamed when every byte of it is
+// on the disk. So a kill or a power cut leaves its place as it was and at most a part beside it.
 #pragma once
 
 #include <filesystem>
@@ -60,43 +59,40 @@ std::vector<std::string> SearchDirectory(const std::string& directory, const std
 // "/". Whatever exists already is accepted, so true does not say that path is a directory.
 bool MakeDirectory(const std::string& path);
 
-// Creates an empty file of the mode 0600, where the file system has modes, in place of a file or a
-// link; false when that fails.
+// Creates an empty file of the mode 0600 in place of nothing, a file or a link; false on failure.
 bool CreateFile(const std::string& path);
 
-// True when entries of the directory, links followed, may be made and removed.
+// True when the directory, links followed, may get and lose entries.
 bool MayChange(const std::string& directory);
 
 // Copies the bytes and permission bits of a file, links followed, creating missing parents of the
-// destination (taken as absolute). The copy takes the place of a file or of nothing; links there
-// are followed and stay. A link to a directory is copied as a link, and takes the place of a file
-// or a link. Anything else fails and is not opened, at either end. True when the whole copy is in
-// its place and was flushed to the disk. What failed leaves the place as it was, with two
-// exceptions: a whole file takes it without the permissions that cannot be applied, and in a
-// directory that may not be changed a file is written itself. A copy onto itself succeeds.
+// destination (taken as absolute). Links there are followed and stay; a file is replaced, anything
+// else fails. A link to a directory is copied as a link, which replaces a link too. True when the
+// whole copy is in its place and on the disk, or both are one file. A failure leaves the place as
+// it was, with two exceptions: a whole file whose permissions cannot be applied takes it, and where
+// the directory may not be changed, a file in it is written itself.
 bool CopyFile(const std::string& source, const std::string& destination);
 
-// Copies as CopyFile does, but does not flush: a power cut may leave any part of the bytes.
+// The same, but not on the disk: until the caller flushes it, a power cut may cut it short.
 bool CopyFileUnflushed(const std::string& source, const std::string& destination);
 
 // Copies every file below a directory to the same relative path below destination; directories come
 // into being only as their parents. Links are never entered; a directory that cannot be listed
-// counts as empty. False when source is no directory, and at the first file that fails; what was
-// copied before stays.
+// counts as empty. False when source is no directory, and at the first file that fails; the others
+// stay.
 bool CopyDirectory(const std::string& source, const std::string& destination);
 
-// Copies as CopyDirectory does, but all or nothing where nothing is at destination, a link neither.
-// True also when another process has put a directory there meanwhile, which stays.
+// The same, but all or nothing unless something, even a link, is at destination. True also when
+// another process has put a directory there meanwhile.
 bool CopyWholeDirectory(const std::string& source, const std::string& destination);
 
-// True when a part, of any process, has this name.
+// True for the name of a part, also of another process.
 bool IsPartName(const std::string& name);
 
-// Adds to the name of this process's parts, which other processes may be making under it too.
+// Adds to the name of this process's parts, for when others may be making theirs.
 void AddToPartName(const std::string& suffix);
 
-// Removes this process's part from the directory, links to it followed, whatever it is; true when
-// there is none.
+// Removes a part of that name, file, link or tree, from the directory; true when none is left.
 bool DeletePart(const std::string& directory);
 
 // Stores the whole mode word, file type included, of what path leads to; if not, returns false.
@@ -105,16 +101,15 @@ bool GetPermissions(const std::string& path, int* mode);
 // Applies the permission bits of mode (octal 07777) to what path leads to; false on failure.
 bool SetPermissions(const std::string& path, int mode);
 
-// Waits until the file that path leads to, or the whole file system of a directory, is on the disk.
-// False when that fails; true also when there is no way to do it, or it may not be read.
+// Waits until the file that path leads to, or a directory's whole file system, is on the disk. True
+// also when there is no way to do it, or when path may not be read.
 bool Flush(const std::string& path);
 
 // Flushes a file, unless it is on the file system of the directory, links of both followed.
 bool FlushElsewhere(const std::string& path, const std::string& directory);
 
-// Waits at most so many seconds until no other process holds the directory, then holds it for the
-// rest of this process, programs that it starts excluded. False when the wait was too short and, at
-// once, where the file system has no locks or path leads to no directory.
+// Waits, so many seconds at most, until no other process holds the directory, then holds it until
+// this one ends, programs that it starts excluded. False at once where there is nothing to lock.
 bool LockDirectory(const std::string& path, int seconds);
 
 }  // namespace torvane

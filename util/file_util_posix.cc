@@ -97,10 +97,7 @@ bool MakeDirectory(const std::string& path) {
 bool CreateFile(const std::string& path) {
   DeleteFile(path);
   const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-  if (file < 0) return false;
-  fchmod(file, 0600);  // whatever the creation mask is; a file system may have no permissions
-  close(file);
-  return true;
+  return file >= 0 && close(file) == 0;
 }
 
 bool MayChange(const std::string& directory) { return access(directory.c_str(), W_OK | X_OK) == 0; }
@@ -119,9 +116,9 @@ bool SetPermissions(const std::string& path, int mode) {
 bool Flush(const std::string& path) {
   const int file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   if (file < 0) return errno == EACCES;
-  struct stat info;
-  int error = fstat(file, &info) == 0 ? 0 : errno;
-  if (error == 0) error = S_ISDIR(info.st_mode) ? FlushFileSystem(file) : FlushFile(file);
+  struct stat info = {};
+  fstat(file, &info);
+  const int error = S_ISDIR(info.st_mode) ? FlushFileSystem(file) : FlushFile(file);
   close(file);
   return error == 0 || CannotFlush(error);
 }
@@ -134,14 +131,14 @@ bool FlushElsewhere(const std::string& path, const std::string& directory) {
 }
 
 bool LockDirectory(const std::string& path, int seconds) {
-  constexpr timespec pause = {0, 10000000};  // a hundredth of a second
   const int directory = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  bool isHeld = flock(directory, LOCK_EX | LOCK_NB) == 0;  // as long as it is open
-  for (int i = 0; !isHeld && errno == EWOULDBLOCK && i < 100 * seconds; ++i) {
+  constexpr timespec pause = {0, 10000000};  // a hundredth of a second
+  int pauses = 100 * seconds;
+  while (flock(directory, LOCK_EX | LOCK_NB) != 0) {
+    if (errno != EWOULDBLOCK || pauses-- == 0) return false;
     nanosleep(&pause, nullptr);
-    isHeld = flock(directory, LOCK_EX | LOCK_NB) == 0;
   }
-  return isHeld;
+  return true;  // held as long as it is open
 }
 
 }  // namespace torvane

@@ -19,14 +19,12 @@ void AppendPointers(const std::vector<std::string>& strings, std::vector<char*>*
   for (const std::string& string : strings) pointers->push_back(const_cast<char*>(string.c_str()));
 }
 
-void IgnoreSignal(int /*signal*/) {}
-
 }  // namespace
 
 void IgnoreWriteSignals() {
   // Unlike SIG_IGN, a handler is not handed on to another program.
   for (const int signal : {SIGPIPE, SIGXFSZ})
-    if (std::signal(signal, IgnoreSignal) == SIG_IGN) std::signal(signal, SIG_IGN);
+    if (std::signal(signal, [](int /*signal*/) {}) == SIG_IGN) std::signal(signal, SIG_IGN);
 }
 
 bool SpawnProcess(const std::string& path, const std::vector<std::string>& arguments,

@@ -5,8 +5,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <string>
-#include <vector>
 
 #include "util/string_util.h"
 
@@ -88,7 +86,7 @@
 - (void)openArguments {
   NSDictionary* const defaults = [NSUserDefaults standardUserDefaults].registered;
   if (defaults != nil && defaults->key.UTF8String == std::string("NSTreatUnknownArgumentsAsOpen") &&
-      ((NSString*)defaults->object).UTF8String == std::string("NO"))
+      defaults->object.UTF8String == std::string("NO"))
     return;
 
   std::ifstream arguments("/proc/self/cmdline");

@@ -37,8 +37,7 @@ __attribute__((objc_root_class))
 
 @interface NSDictionary : NSObject {
  @public
-  id object;
-  NSString* key;
+  NSString *object, *key;
 }
 + (NSDictionary*)dictionaryWithObject:(id)object forKey:(NSString*)key;
 @end
@@ -85,11 +84,10 @@ enum NSEventType { NSEventTypeApplicationDefined = 15 };
 }
 @property(nonatomic, assign) id<NSApplicationDelegate> delegate;
 + (NSApplication*)sharedApplication;
-// Hands the delegate the open requests of the start, one file as openFile:, several as openFiles:,
-// and tells the user of a NO. Then sends the did-finish-launching notification, and returns after
-// the first event handled with stop: called, or never. The requests are the process's arguments
+// Hands the delegate the open requests of the start, and tells the user of a NO: the arguments
 // without a leading "-", unless the default NSTreatUnknownArgumentsAsOpen is "NO", and those of the
-// variable ODREL_OPEN_DOCUMENTS: one request a line, the files of a request separated by tabs.
+// variable ODREL_OPEN_DOCUMENTS, one a line, its files separated by tabs. Then sends the
+// did-finish-launching notification, and returns once an event was handled with stop: called.
 - (void)run;
 - (void)stop:(id)sender;
 - (void)postEvent:(NSEvent*)event atStart:(BOOL)first;
