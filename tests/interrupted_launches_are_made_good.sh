@@ -1,31 +1,30 @@
-# Where a kill stops a launch, nothing half-made is in its place, and the next launch makes all that an
-# undisturbed one makes.
+# Where a kill stops a launch, nothing half-made is in its place, and the next launch makes all that
+# an undisturbed one makes.
 set -e; source "$(dirname "$0")/launch.sh"
 runtime B/vek-1
-lay_out() { # FILE THAT IS LARGE
+lay_out() {
   rm -rf U/*
-  for file in B/{vek-1/z,mrd-2.umo} 0/large 1/{due,kept,shared} 2/shared A/{kept,large,qrc__0.localstorage} 'A/Torvane Odrel 2.'{1,2}.unmarked; do put "$file" "$file"; done
-  put $1 "$(printf %08500d)"
+  for file in B/{mrd-2.umo,vek-1/z} {0,A}/first 1/repeated {0,1}/shared A/qrc__0.localstorage \
+    'A/Torvane Odrel 2.1.unmarked'; do put "$file" "$file"; done
 }
-whole() {
-  launch >launched
-  tree
+whole() { launch >launched; tree; }
+lay_out
+whole >undisturbed
+
+killed() { # LARGE FILE, ITS PLACE: shows how a kill changes that, and parts, while it is copied
+  truncate -s 1G "$1"
+  tree >before
+  env -i "${environment[@]}" B/odrel >/dev/null 2>&1 &
+  until [ -n "$(find U -name '.Torvane Odrel.part' -size +99k)" ]; do kill -0 $!; done
+  kill -9 $!; wait $! 2>/dev/null || true
+  tree | { diff before - || true; } | grep -e PART -e " $2" | sed -E 's/(PART [0-7]+) .*/\1/'
 }
-killed() { # when a file grows beyond 8192 bytes: shows what has been made of it
-  (ulimit -c 0 -f 8; launch_and_changes) | grep ' 8192 '
+check() { # LARGE FILE, ITS PLACE, WHERE ITS PART LIES
+  lay_out; expect killed "$1" "$2" <<<"> $3 600"
+  put "$1" "$1"; expect whole <undisturbed
 }
-check() { # LARGE FILE, WHERE IT IS MADE, WHAT THE USER DOES after the kill, or before an undisturbed launch
-  lay_out $1
-  $3
-  whole >undisturbed
-  lay_out $1
-  expect killed <<<"> $2 600 8192 \"$(printf %020d)\""
-  $3
-  expect whole <undisturbed
-}
-check 0/large A/STAGED :
-check 1/due A/STAGED :
-check 2/shared A/STAGED :
-check A/qrc__0.localstorage 'A/Local Storage/STAGED' :
-check B/mrd-2.umo A/STAGED 'put A/mrd-2.umo/work mine'
-check B/vek-1/z A/runtime/STAGED/z :
+check 0/first A/first A/PART
+check 1/repeated A/repeated A/PART
+check A/qrc__0.localstorage 'A/Local Storage/umop' 'A/Local Storage/PART'
+check B/mrd-2.umo A/mrd-2.umo A/PART
+check B/vek-1/z A/runtime/vek-1 A/runtime/PART/PART

@@ -1,7 +1,6 @@
-# Launches at once take turns.
+# Launches at once take turns: together they do what they do one after the other.
 set -e; source "$(dirname "$0")/launch.sh"
-put B/mrd-1.umo
-runtime B/vek-1
+put B/mrd-1.umo; runtime B/vek-1
 printf '#!/bin/true\n' >'B/vek-1/Torvane Odrel.app/Contents/MacOS/Torvane Umo'
 launch_twice() { # OPERATOR between the launches
   rm -rf U/*
