@@ -16,13 +16,13 @@ check $'ODREL_OPEN_DOCUMENTS=/\xc3\xbc/a b\t/second' $'/\xc3\xbc/a b' -a /b
 check $'ODREL_OPEN_DOCUMENTS=/first\n\n/last\t/other\n' /last -a /b
 check $'ODREL_OPEN_DOCUMENTS=\n\t\n' -a /b
 
-deep=$(printf "/%0240d" 0 0 0 0 0)
-mkdir -p "B$deep"; mv B/odrel "B$deep"; link B/odrel ".$deep/odrel"
-check LSAN_OPTIONS=detect_leaks=0 -a /b  # clang's symbolizer cannot read a path that long
-
 { started mrd-1.umo vek-1 -a /b; echo A=; echo 'SIGXFSZ and SIGPIPE are ignored'; } >ignored
 environment[1]=A=
 (trap '' PIPE XFSZ; expect launch -a /b <ignored)
+
+deep=$(printf "/%0240d" 0 0 0 0 0)
+mkdir -p "B$deep"; mv B/odrel "B$deep"; link B/odrel ".$deep/odrel"
+check LSAN_OPTIONS=detect_leaks=0 -a /b  # clang's symbolizer cannot read a path that long
 
 # The names in /tmp are the C library's choice; by an unusual mode this run knows its own files.
 umask 0$((RANDOM % 8))$((RANDOM % 2 * 4)); : >mode
