@@ -40,13 +40,14 @@ bool FlushPart(const std::string& part, const std::string& destination) {
 }
 
 // Moves a part that is whole to its place, unless something else has come there since the copy
-// began. Otherwise removes it and returns false.
+// began. Otherwise removes it; false, unless another process has made the same copy meanwhile.
 bool EndCopy(bool whole, const std::string& part, const std::string& place, fs::file_type before) {
   if (whole && TypeAt(place) == before && std::rename(part.c_str(), place.c_str()) == 0)
     return true;
+  whole = whole && ((DirectoryExists(part) && DirectoryExists(place)) || IsCopyOf(part, place));
   std::error_code error;
   fs::remove_all(part, error);
-  return false;
+  return whole;
 }
 
 // Copies the link itself, in place of nothing, a file or a link.
@@ -113,7 +114,7 @@ bool Copy(const std::string& source, const std::string& destination, const std::
   const std::string& made = isBeside ? part : place;
   std::ofstream out;
   if (isBeside || (isFile && !MayChange(Parent(place))))
-    out.open(made, std::ios::binary | std::ios::trunc);
+    out.open(made, std::ios::binary | (isBeside ? std::ios::app : std::ios::trunc));
   if (!out.is_open()) return ReportUnopened(source, destination, true);
 
   bool whole = Transfer(source, &in, &out);
@@ -207,8 +208,7 @@ bool CopyWholeDirectory(const std::string& source, const std::string& destinatio
   bool whole = DeletePart(Parent(destination)) && CopyTree(source, destination, part, false);
   if (whole && !FileExists(part)) return true;  // nothing comes of a tree without files
   whole = whole && FlushPart(part, destination);
-  return EndCopy(whole, part, destination, fs::file_type::not_found) ||
-         (whole && DirectoryExists(destination));
+  return EndCopy(whole, part, destination, fs::file_type::not_found);
 }
 
 bool IsPartName(const std::string& name) { return name.rfind(partPrefix, 0) == 0; }
