@@ -41,7 +41,7 @@ struct Migration {
   std::string old;                 // the directory that holds it
   std::vector<std::string> older;  // those of older releases
   std::vector<std::string> fresh;  // those of them that this launch migrates for the first time
-  std::vector<std::string> newer;  // those of newer releases
+  std::vector<std::string> newer;  // this one and those of newer releases
   std::string memory;              // the file that lists what has arrived, until all has
   std::set<std::string> arrived;   // relative paths, those of directories with a "/" at the end
   bool isRemembered;               // the memory lists these
@@ -60,10 +60,9 @@ std::set<std::string> ListedPaths(const std::string& memory) {
 
 // The migrations that are due, of the oldest release first.
 std::vector<Migration> DueMigrations() {
-  constexpr int oldDataDirCount = 3;
   std::vector<Migration> migrations;
   std::vector<std::string> older, fresh;
-  for (int i = 0; i < oldDataDirCount; ++i) {
+  for (int i = 0; i < 3; ++i) {
     const std::string old = torvane::ApplicationDataDirectory(oldOrgName, oldDataDirNames[i]);
     const std::string memory = newDataDirName + "/" + oldDataDirNames[i] + ".unmarked";
     const std::string marker = old + "/" + migratedFile;
@@ -76,7 +75,7 @@ std::vector<Migration> DueMigrations() {
       // Nothing is replaced either when it cannot be told whether the marker is there.
       const bool repeated = isRemembered || !torvane::IsMissing(marker);
       migrations.push_back(
-          {old, older, fresh, {}, memory, ListedPaths(memory), isRemembered, repeated});
+          {old, older, fresh, {old}, memory, ListedPaths(memory), isRemembered, repeated});
       if (!repeated) fresh.push_back(old);
     }
     older.push_back(old);
@@ -95,11 +94,13 @@ bool IsPassedOver(const std::string& relative, const Migration& migration) {
   return false;
 }
 
-// True when an older release's file is in the place, unchanged. Where this one's has arrived
-// before, or when it is empty, only a file that this launch has just put there counts.
+// True when an older release's file is in the place, unchanged, and no newer one's. Where this
+// one's has arrived before, or when it is empty, only what this launch has just put there counts.
 bool HoldsOlderCopy(const std::string& relative, const Migration& migration) {
   const std::string file = newDataDirName + "/" + relative;
   std::error_code error;
+  for (const std::string& directory : migration.newer)
+    if (torvane::IsCopyOf(file, directory + "/" + relative)) return false;
   const bool onlyFresh = migration.arrived.count(relative) != 0 || fs::is_empty(file, error);
   for (const std::string& directory : onlyFresh ? migration.fresh : migration.older)
     if (torvane::IsCopyOf(file, directory + "/" + relative)) return true;
@@ -112,21 +113,24 @@ bool MigrateFile(const std::string& relative, const Migration& migration) {
   const std::string source = migration.old + "/" + relative;
   const std::string destination = newDataDirName + "/" + relative;
   const fs::file_type there = torvane::TypeAt(destination);
+  // A launch that has not waited for this one may have brought it along meanwhile.
+  const bool repeated = migration.repeated || torvane::FileExists(migration.memory) ||
+                        torvane::FileExists(migration.old + "/" + migratedFile);
   bool success = false;
-  if (!migration.repeated)
-    success = torvane::CopyFileUnflushed(source, destination);
+  if (!repeated)
+    success = torvane::CopyFileUnflushed(source, destination, newDataDirName);
   else if (torvane::IsMissing(destination) || HoldsOlderCopy(relative, migration))
     success = torvane::CopyFile(source, destination);
   else
     success = torvane::FileExists(destination) &&
               (there == fs::file_type::regular || there == fs::file_type::symlink);
-  if (success && torvane::FlushElsewhere(destination, newDataDirName)) return true;
+  if (success) return true;
 
   std::cerr << "Failed to copy \"" << source << "\" to \"" << destination << "\"" << std::endl;
   // This launch would move an older release's web storage to its place for good.
-  std::error_code error;
-  if (relative == oldStorageFile && HoldsOlderCopy(relative, migration))
-    fs::remove(fs::canonical(destination, error), error);
+  if (relative == oldStorageFile && there == fs::file_type::regular &&
+      HoldsOlderCopy(relative, migration))
+    torvane::DeleteFile(destination);
   return false;
 }
 
@@ -154,8 +158,8 @@ void MigrateDirectory(Migration* migration) {
   }
 }
 
-// Lists in the memory what has arrived; a line tells when that fails. A list that is cut off does
-// no harm, since what is missing in it is tried again.
+// Lists in the memory what has arrived. A list that is cut off does no harm: the rest is tried
+// again.
 void Remember(const Migration& migration) {
   const fs::file_type there = torvane::TypeAt(migration.memory);
   const bool canList = there == fs::file_type::regular || there == fs::file_type::not_found;
@@ -182,9 +186,11 @@ std::string fileToOpen;
 void SetFileToOpen(std::string path) { fileToOpen = std::move(path); }
 
 void TakeTurn() {
-  if (!torvane::LockDirectory(newDataDirName, 60) || !torvane::DeletePart(newDataDirName) ||
-      !torvane::DeletePart(storageDirName) || !torvane::DeletePart(runtimeDirName))
-    torvane::AddToPartName("." + std::to_string(getpid()));
+  bool hasPlaces = torvane::LockDirectory(newDataDirName, 60);
+  if (hasPlaces)
+    for (const std::string& directory : {newDataDirName, storageDirName, runtimeDirName})
+      hasPlaces = torvane::DeletePart(directory) && hasPlaces;
+  if (!hasPlaces) torvane::AddToPartName("." + std::to_string(getpid()));
 }
 
 void MigrateUserData() {
@@ -218,20 +224,16 @@ void MigrateUserData() {
 void MigrateLocalStorage() {
   const std::string source = newDataDirName + "/" + oldStorageFile;
   const std::string destination = storageDirName + "/umop__0.localstorage";
-  const std::string backup = source + "_migrated";
   if (!torvane::FileExists(source) || torvane::FileExists(destination)) return;
 
-  std::cout << "Migrating localStorage from \"" << source << "\" to \"" << destination << "\""
-            << std::endl;
+  const std::string paths = "\"" + source + "\" to \"" + destination + "\"";
+  std::cout << "Migrating localStorage from " << paths << std::endl;
   // Nothing is replaced when it cannot be told whether it is there.
   if (!torvane::IsMissing(destination) || !torvane::CopyFile(source, destination)) {
-    std::cerr << "Failed to migrate localStorage \"" << source << "\" to \"" << destination << "\""
-              << std::endl;
+    std::cerr << "Failed to migrate localStorage " << paths << std::endl;
     return;
   }
-  // The source may lie on another disk, which must not lose it before this one has the new name.
-  if (!torvane::CopyFile(source, backup) || !torvane::Flush(destination) ||
-      !torvane::DeleteFile(source))
+  if (!torvane::CopyFile(source, source + "_migrated") || !torvane::DeleteFile(source))
     std::cerr << "Failed to complete localStorage migration" << std::endl;
 }
 

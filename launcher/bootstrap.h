@@ -1,5 +1,6 @@
-// A launch, in the order of its steps. Each tells its own failures; only the two selections can end
-// a launch, by finding nothing.
+// The steps of a launch, in their order; main makes the application data directory before the turn
+// is taken and starts the runtime in the end. A step tells what it cannot do, and the launch goes
+// on.
 #pragma once
 
 #include <string>
@@ -10,8 +11,7 @@ extern std::string fileToOpen;
 // Makes path that document, in place of any earlier one. Called by the platform layer.
 void SetFileToOpen(std::string path);
 
-// Makes launches with the same application data directory wait for each other, a minute at most,
-// and removes what a killed one has left beside the copies that it was making.
+// Waits for other launches with the same data, a minute at most, and removes what killed ones left.
 void TakeTurn();
 
 // Brings the data of earlier releases along, and marks the old data directories that have arrived.

@@ -12,8 +12,8 @@ namespace torvane {
 
 namespace {
 
-constexpr char partPrefix[] = ".Torvane Odrel.part";
-std::string partName = partPrefix;
+const std::string partStem = ".Torvane Odrel.part";
+std::string partName = partStem;
 
 // The path up to its last "/", that one excluded; empty when there is none.
 std::string Parent(const std::string& path) {
@@ -33,8 +33,10 @@ std::string FollowLinks(fs::path path) {
   return path;
 }
 
-bool FlushPart(const std::string& part, const std::string& destination) {
-  if (Flush(part)) return true;
+// Flushes the path, unless it is on the file system of unflushed; a line tells the destination.
+bool FlushAs(const std::string& destination, const std::string& path,
+             const std::string& unflushed) {
+  if (ShareFileSystem(path, unflushed) || Flush(path)) return true;
   std::cerr << "Failed to write \"" << destination << "\" to the disk" << std::endl;
   return false;
 }
@@ -62,17 +64,15 @@ bool CopyLink(const std::string& source, const std::string& place) {
 }
 
 // Moves the bytes and closes the destination. True when the file system has taken all that was
-// read, which is no less than it told of the source before. The streams' flags alone do not tell:
-// an empty source sets one, a read error may not.
-bool Transfer(const std::string& source, std::ifstream* in, std::ofstream* out) {
-  std::error_code error;
-  const auto size = static_cast<std::streamoff>(fs::file_size(source, error));
+// read, which is no less than the size. The streams' flags alone do not tell: an empty source sets
+// one, a read error may not.
+bool Transfer(std::uintmax_t size, std::ifstream* in, std::ofstream* out) {
   *out << in->rdbuf();
   out->clear();
   const std::streamoff read = in->tellg();
   const std::streamoff written = out->tellp();
   out->close();
-  return !error && out->good() && read == written && read >= size;
+  return out->good() && read == written && read >= 0 && static_cast<std::uintmax_t>(read) >= size;
 }
 
 // Exactly one side of a copy that cannot begin has failed.
@@ -89,9 +89,9 @@ bool ReportOutcome(bool success) {
   return success;
 }
 
-// Copies a file to path. The lines tell the destination.
+// Copies a file to path; all else as in FlushAs.
 bool Copy(const std::string& source, const std::string& destination, const std::string& path,
-          bool flush) {
+          const std::string& unflushed) {
   if (!MakeDirectory(Parent(path))) {
     std::cerr << "CopyFile could not make directory " << Parent(destination) << std::endl;
     return false;
@@ -101,6 +101,7 @@ bool Copy(const std::string& source, const std::string& destination, const std::
   if (LinksToDirectory(source)) return ReportOutcome(CopyLink(source, path));
 
   std::error_code error;
+  const std::uintmax_t size = fs::file_size(source, error);
   std::ifstream in;
   if (fs::is_regular_file(source, error)) in.open(source, std::ios::binary);
   if (!in.is_open()) return ReportUnopened(source, destination, false);
@@ -109,27 +110,27 @@ bool Copy(const std::string& source, const std::string& destination, const std::
   const std::string place = FollowLinks(path);
   const fs::file_type there = TypeAt(place);
   const bool isFile = there == fs::file_type::regular;
-  const std::string part = PartBeside(place);
-  const bool isBeside = (isFile || there == fs::file_type::not_found) && CreateFile(part);
-  const std::string& made = isBeside ? part : place;
-  std::ofstream out;
-  if (isBeside || (isFile && !MayChange(Parent(place))))
-    out.open(made, std::ios::binary | (isBeside ? std::ios::app : std::ios::trunc));
+  std::string made = PartBeside(place);
+  const bool isBeside = (isFile || there == fs::file_type::not_found) && CreateFile(made);
+  if (!isBeside) made = isFile && !MayChange(Parent(place)) ? place : "";
+  std::ofstream out(made, std::ios::binary | (isBeside ? std::ios::app : std::ios::trunc));
+  if (isBeside && !out.is_open()) DeleteFile(made);
   if (!out.is_open()) return ReportUnopened(source, destination, true);
 
-  bool whole = Transfer(source, &in, &out);
+  bool whole = Transfer(size, &in, &out);
   int mode = 0;
   const bool hasPermissions = !GetPermissions(source, &mode) || SetPermissions(made, mode);
-  if (whole && flush) whole = FlushPart(made, destination);
-  if (isBeside) whole = EndCopy(whole, part, place, there);
+  whole = whole && FlushAs(destination, made, unflushed);
+  if (isBeside)
+    whole = EndCopy(whole, made, place, there) && FlushAs(destination, place, unflushed);
   if (hasPermissions) return ReportOutcome(whole);
   std::cerr << "failed during permissions xfer" << std::endl;
   return false;
 }
 
-// Copies a tree to path. The lines tell the destination.
+// Copies a tree likewise.
 bool CopyTree(const std::string& source, const std::string& destination, const std::string& path,
-              bool flush) {
+              const std::string& unflushed) {
   if (!DirectoryExists(source)) {
     std::cerr << "CopyDirectory from does not exist: " << source << std::endl;
     return false;
@@ -143,7 +144,7 @@ bool CopyTree(const std::string& source, const std::string& destination, const s
       const std::string entry = directory + "/" + name;
       if (DirectoryExists(source + entry))
         pending.push_back(entry);
-      else if (!Copy(source + entry, destination + entry, path + entry, flush))
+      else if (!Copy(source + entry, destination + entry, path + entry, unflushed))
         return false;
     }
   }
@@ -190,28 +191,30 @@ bool IsCopyOf(const std::string& path, const std::string& original) {
 }
 
 bool CopyFile(const std::string& source, const std::string& destination) {
-  return Copy(source, destination, destination, true);
+  return Copy(source, destination, destination, "");
 }
 
-bool CopyFileUnflushed(const std::string& source, const std::string& destination) {
-  return Copy(source, destination, destination, false);
+bool CopyFileUnflushed(const std::string& source, const std::string& destination,
+                       const std::string& directory) {
+  return Copy(source, destination, destination, directory);
 }
 
 bool CopyDirectory(const std::string& source, const std::string& destination) {
-  return CopyTree(source, destination, destination, true);
+  return CopyTree(source, destination, destination, "");
 }
 
 bool CopyWholeDirectory(const std::string& source, const std::string& destination) {
   if (TypeAt(destination) != fs::file_type::not_found) return CopyDirectory(source, destination);
 
   const std::string part = PartBeside(destination);
-  bool whole = DeletePart(Parent(destination)) && CopyTree(source, destination, part, false);
+  bool whole =
+      DeletePart(Parent(destination)) && CopyTree(source, destination, part, Parent(destination));
   if (whole && !FileExists(part)) return true;  // nothing comes of a tree without files
-  whole = whole && FlushPart(part, destination);
+  whole = whole && FlushAs(destination, part, "");
   return EndCopy(whole, part, destination, fs::file_type::not_found);
 }
 
-bool IsPartName(const std::string& name) { return name.rfind(partPrefix, 0) == 0; }
+bool IsPartName(const std::string& name) { return (name + ".").rfind(partStem + ".", 0) == 0; }
 
 void AddToPartName(const std::string& suffix) { partName += suffix; }
 

@@ -1,8 +1,8 @@
 // Questions about files, and copies of them. Nothing here throws for a failed system call. Only the
 // copy functions write lines, to standard error, those of success too.
 //
-// A copy is made in the directory that it goes to, as a part, and renamed when every byte of it is
-// on the disk. So a kill or a power cut leaves its place as it was and at most a part beside it.
+// A copy is made in the directory that it goes to, as a part, and renamed when it is whole and
+// flushed. So a kill or a power cut leaves its place as it was and at most a part beside it.
 #pragma once
 
 #include <filesystem>
@@ -27,8 +27,7 @@ std::string ApplicationDataDirectory(const std::string& org, const std::string& 
 // True when anything is at path, a directory too. Links are followed: one to nowhere gives false.
 bool FileExists(const std::string& path);
 
-// True when path leads to nothing, also by a link to nowhere or in a circle. False also when that
-// cannot be told.
+// True when path leads to nothing, also by a link in a circle; false when that cannot be told.
 bool IsMissing(const std::string& path);
 
 // What is at path itself, links not followed: not_found for nothing, none when it cannot be told.
@@ -40,9 +39,11 @@ bool DirectoryExists(const std::string& path);
 // True when path itself is a link, and leads to a directory.
 bool LinksToDirectory(const std::string& path);
 
-// True when both paths, links followed, lead to files with the same bytes, which are not one and
-// the same file. False also when that cannot be told.
+// True when both lead to files, not one file, with the same bytes; false when that cannot be told.
 bool IsCopyOf(const std::string& path, const std::string& original);
+
+// True when both paths, links followed, lead to the same file system.
+bool ShareFileSystem(const std::string& path, const std::string& other);
 
 // Removes a file, or a link and not what it points to; false on failure and for a directory.
 bool DeleteFile(const std::string& path);
@@ -62,7 +63,7 @@ bool MakeDirectory(const std::string& path);
 // Creates an empty file of the mode 0600 in place of nothing, a file or a link; false on failure.
 bool CreateFile(const std::string& path);
 
-// True when the directory, links followed, may get and lose entries.
+// True when the directory, links followed, may be written to.
 bool MayChange(const std::string& directory);
 
 // Copies the bytes and permission bits of a file, links followed, creating missing parents of the
@@ -73,13 +74,14 @@ bool MayChange(const std::string& directory);
 // the directory may not be changed, a file in it is written itself.
 bool CopyFile(const std::string& source, const std::string& destination);
 
-// The same, but not on the disk: until the caller flushes it, a power cut may cut it short.
-bool CopyFileUnflushed(const std::string& source, const std::string& destination);
+// The same, but what comes to the directory's file system is not on the disk: until the caller
+// flushes that, a power cut may cut it short.
+bool CopyFileUnflushed(const std::string& source, const std::string& destination,
+                       const std::string& directory);
 
 // Copies every file below a directory to the same relative path below destination; directories come
 // into being only as their parents. Links are never entered; a directory that cannot be listed
-// counts as empty. False when source is no directory, and at the first file that fails; the others
-// stay.
+// counts as empty. False when source is no directory, and at the first file that fails.
 bool CopyDirectory(const std::string& source, const std::string& destination);
 
 // The same, but all or nothing unless something, even a link, is at destination. True also when
@@ -92,7 +94,7 @@ bool IsPartName(const std::string& name);
 // Adds to the name of this process's parts, for when others may be making theirs.
 void AddToPartName(const std::string& suffix);
 
-// Removes a part of that name, file, link or tree, from the directory; true when none is left.
+// Removes a part of that name, file, link or tree, from the directory; false when one stays.
 bool DeletePart(const std::string& directory);
 
 // Stores the whole mode word, file type included, of what path leads to; if not, returns false.
@@ -104,9 +106,6 @@ bool SetPermissions(const std::string& path, int mode);
 // Waits until the file that path leads to, or a directory's whole file system, is on the disk. True
 // also when there is no way to do it, or when path may not be read.
 bool Flush(const std::string& path);
-
-// Flushes a file, unless it is on the file system of the directory, links of both followed.
-bool FlushElsewhere(const std::string& path, const std::string& directory);
 
 // Waits, so many seconds at most, until no other process holds the directory, then holds it until
 // this one ends, programs that it starts excluded. False at once where there is nothing to lock.

@@ -56,15 +56,19 @@ bool DirectoryExists(const std::string& path) {
   return lstat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
+bool ShareFileSystem(const std::string& path, const std::string& other) {
+  struct stat info, otherInfo;
+  return stat(path.c_str(), &info) == 0 && stat(other.c_str(), &otherInfo) == 0 &&
+         info.st_dev == otherInfo.st_dev;
+}
+
 bool DeleteFile(const std::string& path) { return unlink(path.c_str()) == 0; }
 
 std::vector<std::string> ListDirectory(const std::string& directory) {
   std::vector<std::string> names;
   dirent** entries = nullptr;
   const int count = scandir(directory.c_str(), &entries, DirEntryFilter, alphasort);
-  if (count < 0) return names;
-
-  names.reserve(count);
+  if (count > 0) names.reserve(count);
   for (int i = 0; i < count; ++i) {
     names.emplace_back(entries[i]->d_name);
     std::free(entries[i]);
@@ -75,10 +79,9 @@ std::vector<std::string> ListDirectory(const std::string& directory) {
 
 std::vector<std::string> SearchDirectory(const std::string& directory, const std::string& pattern) {
   std::vector<std::string> matches;
-  for (const std::string& name : ListDirectory(directory)) {
+  for (const std::string& name : ListDirectory(directory))
     if (fnmatch(pattern.c_str(), name.c_str(), FNM_NOESCAPE | FNM_CASEFOLD) == 0)
       matches.push_back(name);
-  }
   return matches;
 }
 
@@ -97,7 +100,9 @@ bool MakeDirectory(const std::string& path) {
 bool CreateFile(const std::string& path) {
   DeleteFile(path);
   const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-  return file >= 0 && close(file) == 0;
+  if (file < 0) return false;
+  fchmod(file, 0600);  // whatever the creation mask is; a file system may have no permissions
+  return close(file) == 0;
 }
 
 bool MayChange(const std::string& directory) { return access(directory.c_str(), W_OK | X_OK) == 0; }
@@ -115,19 +120,12 @@ bool SetPermissions(const std::string& path, int mode) {
 
 bool Flush(const std::string& path) {
   const int file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  if (file < 0) return errno == EACCES;
+  if (file < 0) return errno == EACCES || errno == EPERM;
   struct stat info = {};
   fstat(file, &info);
   const int error = S_ISDIR(info.st_mode) ? FlushFileSystem(file) : FlushFile(file);
   close(file);
   return error == 0 || CannotFlush(error);
-}
-
-bool FlushElsewhere(const std::string& path, const std::string& directory) {
-  struct stat info = {}, there = {};
-  stat(path.c_str(), &info);
-  stat(directory.c_str(), &there);
-  return !S_ISREG(info.st_mode) || info.st_dev == there.st_dev || Flush(path);
 }
 
 bool LockDirectory(const std::string& path, int seconds) {

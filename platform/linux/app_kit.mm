@@ -83,22 +83,18 @@
   if (!opened) std::fputs("The document could not be opened.\n", stderr);
 }
 
-- (void)openArguments {
+- (void)run {
+  running = YES;
   NSDictionary* const defaults = [NSUserDefaults standardUserDefaults].registered;
-  if (defaults != nil && defaults->key.UTF8String == std::string("NSTreatUnknownArgumentsAsOpen") &&
-      defaults->object.UTF8String == std::string("NO"))
-    return;
-
-  std::ifstream arguments("/proc/self/cmdline");
+  std::ifstream arguments;
+  if (defaults == nil || defaults->key.UTF8String != std::string("NSTreatUnknownArgumentsAsOpen") ||
+      defaults->object.UTF8String != std::string("NO"))
+    arguments.open("/proc/self/cmdline");
   std::string argument;
   std::getline(arguments, argument, '\0');  // the program's name
   while (std::getline(arguments, argument, '\0'))
     if (!argument.empty() && argument[0] != '-') [self open:std::vector<std::string>(1, argument)];
-}
 
-- (void)run {
-  running = YES;
-  [self openArguments];
   const char* documents = std::getenv("ODREL_OPEN_DOCUMENTS");
   std::vector<std::string> requests, files;
   torvane::Tokenize(documents != nullptr ? documents : "", "\n", &requests);
