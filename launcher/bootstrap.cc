@@ -30,7 +30,9 @@ const char* const oldDataDirNames[] = {"Torvane Odrel 2.0", "Torvane Odrel 2.1",
 
 // Writes a file onto the disk; a line tells when it cannot.
 bool Touch(const std::string& path, const std::string& content) {
-  std::ofstream file(path, std::ios::binary);
+  std::error_code error;
+  const bool grows = fs::file_size(path, error) <= content.size();
+  std::ofstream file(path, grows ? std::ios::in : std::ios::out);  // a kill must not empty it
   if ((file << content).flush() && torvane::Flush(path)) return true;
   std::cerr << "Failed to touch \"" << path << "\"" << std::endl;
   return false;
@@ -41,7 +43,7 @@ struct Migration {
   std::string old;                 // the directory that holds it
   std::vector<std::string> older;  // those of older releases
   std::vector<std::string> fresh;  // those of them that this launch migrates for the first time
-  std::vector<std::string> newer;  // this one and those of newer releases
+  std::vector<std::string> newer;  // those of newer releases
   std::string memory;              // the file that lists what has arrived, until all has
   std::set<std::string> arrived;   // relative paths, those of directories with a "/" at the end
   bool isRemembered;               // the memory lists these
@@ -75,7 +77,7 @@ std::vector<Migration> DueMigrations() {
       // Nothing is replaced either when it cannot be told whether the marker is there.
       const bool repeated = isRemembered || !torvane::IsMissing(marker);
       migrations.push_back(
-          {old, older, fresh, {old}, memory, ListedPaths(memory), isRemembered, repeated});
+          {old, older, fresh, {}, memory, ListedPaths(memory), isRemembered, repeated});
       if (!repeated) fresh.push_back(old);
     }
     older.push_back(old);
@@ -129,7 +131,7 @@ bool MigrateFile(const std::string& relative, const Migration& migration) {
   std::cerr << "Failed to copy \"" << source << "\" to \"" << destination << "\"" << std::endl;
   // This launch would move an older release's web storage to its place for good.
   if (relative == oldStorageFile && there == fs::file_type::regular &&
-      HoldsOlderCopy(relative, migration))
+      HoldsOlderCopy(relative, migration) && !torvane::IsCopyOf(destination, source))
     torvane::DeleteFile(destination);
   return false;
 }

@@ -75,7 +75,6 @@ bool Transfer(std::uintmax_t size, std::ifstream* in, std::ofstream* out) {
   return out->good() && read == written && read >= 0 && static_cast<std::uintmax_t>(read) >= size;
 }
 
-// Exactly one side of a copy that cannot begin has failed.
 bool ReportUnopened(const std::string& source, const std::string& destination, bool sourceGood) {
   std::cerr << "failed copy " << source << " to " << destination << std::endl;
   std::cerr << "src good: " << sourceGood << " dest good: " << !sourceGood << std::endl;
@@ -92,7 +91,7 @@ bool ReportOutcome(bool success) {
 // Copies a file to path; all else as in FlushAs.
 bool Copy(const std::string& source, const std::string& destination, const std::string& path,
           const std::string& unflushed) {
-  if (!MakeDirectory(Parent(path))) {
+  if (!DirectoryExists(Parent(path)) && !MakeDirectory(Parent(path))) {
     std::cerr << "CopyFile could not make directory " << Parent(destination) << std::endl;
     return false;
   }
@@ -101,9 +100,9 @@ bool Copy(const std::string& source, const std::string& destination, const std::
   if (LinksToDirectory(source)) return ReportOutcome(CopyLink(source, path));
 
   std::error_code error;
-  const std::uintmax_t size = fs::file_size(source, error);
+  const std::uintmax_t size = fs::file_size(source, error);  // only files have one
   std::ifstream in;
-  if (fs::is_regular_file(source, error)) in.open(source, std::ios::binary);
+  if (!error) in.open(source, std::ios::binary);
   if (!in.is_open()) return ReportUnopened(source, destination, false);
   if (fs::equivalent(source, path, error)) return ReportOutcome(true);
 
@@ -128,7 +127,6 @@ bool Copy(const std::string& source, const std::string& destination, const std::
   return false;
 }
 
-// Copies a tree likewise.
 bool CopyTree(const std::string& source, const std::string& destination, const std::string& path,
               const std::string& unflushed) {
   if (!DirectoryExists(source)) {
