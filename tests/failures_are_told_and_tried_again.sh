@@ -6,6 +6,8 @@ disk=$(mktemp -d -p /dev/shm)
 large() { put "$1" "$(printf %040000d)"; }  # too much for the disk of the first launch
 first() { printf '%s\n' "$@" >>first; }
 next() { echo "$1" >>between; printf '%s\n' "${@:2}" >>next; } # COMMAND LINE...
+sorted() { launch_and_changes | sort; }
+full_disk() { (ulimit -f 32; sorted); }
 
 # A newer release's file that does not arrive replaces the older one later, unless that has changed.
 put 0/shared old; large 1/shared; put 0/used old; large 1/used
@@ -58,16 +60,22 @@ next 'rm -r A/{place,under}' '0/place => A/place' '> A/place 644 3 "old"' \
   'Failed to copy "0/pipe" to "A/pipe"' '0/circle/f => A/circle/f: no place; told' \
   '0/under/deep/f => A/under/deep/f' '> A/under/deep/f 644 3 "old"'
 
-# Pipes and links to nowhere are no sources, but what a link leads to may come back.
+# Pipes and links to nowhere are no sources, but what a link leads to may come back, and take the
+# place of an older release's file, not of a newer one's.
 mkfifo 0/no-file; put 0/mounted old; link 1/mounted "$root/U/mine/disk"
+put 0/newest same; link 1/newest "$root/U/mine/disk"; put 2/newest same
+first '0/newest => A/newest' '1/newest => A/newest: no source; told' '2/newest => A/newest' \
+  '> A/newest 644 4 "same"'
 first '0/no-file => A/no-file: no source; told' '1/mounted => A/mounted: no source; told' \
   '0/mounted => A/mounted' '> A/mounted 644 3 "old"'
 next 'put U/mine/disk new' '0/no-file => A/no-file: no source; told' '1/mounted => A/mounted' \
   '< A/mounted 644 3 "old"' '> A/mounted 644 3 "new"'
 
-# A file that is its own copy stays. A whole one whose permissions cannot be applied counts later.
+# Whole, too: a file that is its own copy, one without its permissions, and one without a size.
 put 0/itself old; ln 0/itself A/itself; put 0/rights; link A/rights /proc/self/comm
-first '0/itself => A/itself' '0/rights => A/rights: no rights; told'
+link 0/untold /proc/sys/kernel/ostype
+first '0/itself => A/itself' '0/rights => A/rights: no rights; told' '0/untold => A/untold' \
+  '> A/untold 444 6 "Linux."'
 
 # A directory that was tried before is only completed, by what its memory does not list; what is cut
 # off there is no path. When it cannot be marked, that is told.
@@ -111,21 +119,15 @@ next : 'B/vek-1/a => A/runtime/vek-1/a' 'B/vek-1/b => A/runtime/vek-1/b' \
   'B/vek-1/EXE => A/runtime/vek-1/EXE' '< A/runtime/' '> A/runtime/vek-1/EXE 755' \
   '> A/runtime/vek-1/a 644 3 "new"' '> A/runtime/vek-1/b 644 40000 "00000000"'
 
-for i in 0 1 2; do
-  first "+ Migrating application data from \"$i\" to \"A\""
-  next : "+ Migrating application data from \"$i\" to \"A\""
-done
-first '+ Dianostics: ON' '+ Loading Odrel package "A/mrd-1.umo"' '-- exit code 4' \
-  '> A/Torvane Odrel 2.0.unmarked 644' '> A/Torvane Odrel 2.1.unmarked 644'
+migrations=('+ Migrating application data from "'{0,1,2}'" to "A"')
+first '+ Dianostics: ON' "${migrations[@]}" '+ Loading Odrel package "A/mrd-1.umo"' \
+  '-- exit code 4' '> A/Torvane Odrel 2.0.unmarked 644' '> A/Torvane Odrel 2.1.unmarked 644'
 storage='"A/qrc__0.localstorage" to "A/Local Storage/umop__0.localstorage"'
-next : '+ Dianostics: ON' '> 1/migrated 644 0 ""' '< A/Torvane Odrel 2.1.unmarked 644' \
-  "+ Migrating localStorage from $storage" \
+next : '+ Dianostics: ON' "${migrations[@]}" '> 1/migrated 644 0 ""' \
+  '< A/Torvane Odrel 2.1.unmarked 644' "+ Migrating localStorage from $storage" \
   '+ Loading Odrel package "A/mrd-2.umo"' '+ Loading Vekara at "A/runtime/vek-1/EXE"' \
   '-- exit code 0' 'A/runtime/vek-1 with A/mrd-2.umo' ...
-sorted() { launch_and_changes | sort; }
-full_disk() { (ulimit -f 32; sorted); }
-sort first | expect full_disk
-source ./between
+sort first | expect full_disk; source ./between
 grep . next | sort | expect sorted
 
 # When everything has come, the old directory is marked.

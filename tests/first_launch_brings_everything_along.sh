@@ -1,9 +1,8 @@
 # A first launch brings everything along, in this order. The bundle can be signed: nothing but code
 # is beside the executable, and links to the rest.
 set -e; source "$(dirname "$0")/launch.sh"
-put 0/settings old; put 1/settings new; put 1/.hidden; put 1/projects/a/p text; put 1/projects/q
-chmod 640 1/projects/q
-put 2/qrc__0.localstorage storage
+put 0/settings old; put 1/settings new; put 1/.hidden; put 2/qrc__0.localstorage storage
+put 1/projects/a/p text; put 1/projects/q; chmod 640 1/projects/q
 mkdir B/MacOS; mv B/odrel B/MacOS; link B/odrel MacOS/odrel
 put B/Resources/mrd-1.umo; put B/Resources/mrd-2.umo; put B/Resources/version.txt 1
 for name in mrd-1.umo mrd-2.umo version.txt; do link B/MacOS/$name ../Resources/$name; done

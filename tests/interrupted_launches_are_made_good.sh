@@ -8,12 +8,10 @@ lay_out() {
     'A/Torvane Odrel 2.1.unmarked'; do put "$file" "$file"; done
 }
 whole() { launch >launched; tree; }
-lay_out
-whole >undisturbed
+lay_out; whole >undisturbed
 
 killed() { # LARGE FILE, ITS PLACE: shows how a kill changes that, and parts, while it is copied
-  truncate -s 1G "$1"
-  tree >before
+  truncate -s 1G "$1"; tree >before
   env -i "${environment[@]}" B/odrel >/dev/null 2>&1 &
   until [ -n "$(find U -name '.Torvane Odrel.part' -size +99k)" ]; do kill -0 $!; done
   kill -9 $!; wait $! 2>/dev/null || true

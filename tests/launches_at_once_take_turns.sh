@@ -5,8 +5,7 @@ printf '#!/bin/true\n' >'B/vek-1/Torvane Odrel.app/Contents/MacOS/Torvane Umo'
 launch_twice() { # OPERATOR between the launches
   rm -rf U/*
   for file in 0/a 0/b 1/a; do put $file "$(printf %05000000d)"; done
-  eval "odrel >first 2>&1 $1 odrel >second 2>&1"
-  wait
+  eval "odrel >first 2>&1 $1 odrel >second 2>&1"; wait
   sort first second
 }
 launch_twice ';' >in_turn
