@@ -7,8 +7,7 @@ check_data_directory() { # DIRECTORY XDG_DATA_HOME: first it is missing, then a 
 }
 check_data_directory home/.local/share x
 test -d 'home/.local/share/Torvane/Torvane Odrel 2.2'
-deep=$root/U$(printf '/%0200d' 0 0 0 0)/
-longest=$deep$(printf "%0$((1023 - ${#deep}))d")
+deep=$root/U$(printf '/%0200d' 0 0 0 0)/; longest=$deep$(printf "%0$((1023 - ${#deep}))d")
 check_data_directory "$longest" "$longest/"
 test -d "$longest/Torvane/Torvane Odrel 2.2"
 check_data_directory "${longest}0" "${longest}0"
@@ -19,7 +18,8 @@ put U/Torvane; expect launch <<<$'Failed to create Odrel app data directory "A"\
 rm U/Torvane; mkdir U/Torvane; mkfifo "$(readlink -m A)"; no_package | expect launch
 rm -r U/Torvane
 
-runtime A/runtime/vek-1; link 'U/Torvane, Inc./Torvane Odrel 2.0' "$root/B"
+runtime A/runtime/vek-1
+link 'U/Torvane, Inc./Torvane Odrel 2.0' "$root/B"  # no old data directory
 check() { # LOADED A'S-VERSION B'S-VERSION PACKAGE...
   rm -f A/mrd* A/MRD* ?/version.txt
   [ "$2" = - ] || printf %b "$2" >A/version.txt
