@@ -32,7 +32,7 @@ const char* const oldDataDirNames[] = {"Torvane Odrel 2.0", "Torvane Odrel 2.1",
 bool Touch(const std::string& path, const std::string& content) {
   std::error_code error;
   const bool grows = fs::file_size(path, error) <= content.size();
-  std::ofstream file(path, grows ? std::ios::in : std::ios::out);  // a kill must not empty it
+  std::ofstream file(path, grows ? std::ios::in : std::ios::out);  // not emptied, if killed
   if ((file << content).flush() && torvane::Flush(path)) return true;
   std::cerr << "Failed to touch \"" << path << "\"" << std::endl;
   return false;
@@ -47,8 +47,8 @@ struct Migration {
   std::string memory;              // the file that lists what has arrived, until all has
   std::set<std::string> arrived;   // relative paths, those of directories with a "/" at the end
   bool isRemembered;               // the memory lists these
-  bool repeated;      // tried by an earlier launch, so that the application has run since
-  bool whole = true;  // everything has arrived
+  bool repeated;                   // tried by an earlier launch: the application may have run since
+  bool whole = true;               // everything has arrived
 };
 
 // The paths in a memory, each ended by a NUL. One that is no file itself has none.
@@ -74,7 +74,7 @@ std::vector<Migration> DueMigrations() {
       torvane::DeleteFile(memory);
     } else {
       const bool isRemembered = torvane::TypeAt(memory) != fs::file_type::not_found;
-      // Nothing is replaced either when it cannot be told whether the marker is there.
+      // One whose marker cannot be told counts as tried before.
       const bool repeated = isRemembered || !torvane::IsMissing(marker);
       migrations.push_back(
           {old, older, fresh, {}, memory, ListedPaths(memory), isRemembered, repeated});
@@ -116,10 +116,10 @@ bool MigrateFile(const std::string& relative, const Migration& migration) {
   const std::string destination = newDataDirName + "/" + relative;
   const fs::file_type there = torvane::TypeAt(destination);
   // A launch that has not waited for this one may have brought it along meanwhile.
-  const bool repeated = migration.repeated || torvane::FileExists(migration.memory) ||
-                        torvane::FileExists(migration.old + "/" + migratedFile);
+  const bool keepsFiles = migration.repeated || torvane::FileExists(migration.memory) ||
+                          torvane::FileExists(migration.old + "/" + migratedFile);
   bool success = false;
-  if (!repeated)
+  if (!keepsFiles)
     success = torvane::CopyFileUnflushed(source, destination, newDataDirName);
   else if (torvane::IsMissing(destination) || HoldsOlderCopy(relative, migration))
     success = torvane::CopyFile(source, destination);
@@ -145,16 +145,16 @@ void MigrateDirectory(Migration* migration) {
     if (torvane::IsPartName(relative.substr(relative.rfind('/') + 1))) continue;
     const std::string source = migration->old + "/" + relative;
     const bool isDirectory = torvane::DirectoryExists(source);
-    const std::string path = isDirectory ? relative + "/" : relative;
-    if (migration->arrived.count(path) != 0 && !HoldsOlderCopy(relative, *migration)) continue;
+    const std::string listed = isDirectory ? relative + "/" : relative;
+    if (migration->arrived.count(listed) != 0 && !HoldsOlderCopy(relative, *migration)) continue;
 
     const bool isPassedOver = IsPassedOver(relative, *migration);
     if (isDirectory && !isPassedOver) {
-      for (const std::string& name : torvane::ListDirectory(source)) work.push_back(path + name);
+      for (const std::string& name : torvane::ListDirectory(source)) work.push_back(listed + name);
     } else if (isPassedOver || MigrateFile(relative, *migration)) {
-      if (migration->arrived.insert(path).second) migration->isRemembered = false;
+      if (migration->arrived.insert(listed).second) migration->isRemembered = false;
     } else {
-      if (migration->arrived.erase(path) != 0) migration->isRemembered = false;
+      if (migration->arrived.erase(listed) != 0) migration->isRemembered = false;
       migration->whole = false;
     }
   }
@@ -188,15 +188,15 @@ std::string fileToOpen;
 void SetFileToOpen(std::string path) { fileToOpen = std::move(path); }
 
 void TakeTurn() {
-  bool hasPlaces = torvane::LockDirectory(newDataDirName, 60);
-  if (hasPlaces)
+  bool ownsParts = torvane::LockDirectory(newDataDirName, 60);
+  if (ownsParts)
     for (const std::string& directory : {newDataDirName, storageDirName, runtimeDirName})
-      hasPlaces = torvane::DeletePart(directory) && hasPlaces;
-  if (!hasPlaces) torvane::AddToPartName("." + std::to_string(getpid()));
+      ownsParts = torvane::DeletePart(directory) && ownsParts;
+  if (!ownsParts) torvane::AddToPartName("." + std::to_string(getpid()));
 }
 
 void MigrateUserData() {
-  if (newDataDirName.empty()) return;  // though the old data directories may be known by now
+  if (newDataDirName.empty()) return;  // it could not be told at start-up
 
   std::vector<Migration> migrations = DueMigrations();
   bool isFlushDue = false;
@@ -212,7 +212,7 @@ void MigrateUserData() {
       if (!migration.repeated) Touch(migration.memory, "");
     return;
   }
-  // The memories first: what one lists may be due again, because of a release that is marked now.
+  // The memories first: what an older release has replaced is due again, also once that is marked.
   for (const Migration& migration : migrations)
     if (!migration.whole) Remember(migration);
   for (const Migration& migration : migrations) {

@@ -1,6 +1,5 @@
-// The steps of a launch, in their order; main makes the application data directory before the turn
-// is taken and starts the runtime in the end. A step tells what it cannot do, and the launch goes
-// on.
+// The steps of a launch, in their order. Before them main makes the application data directory,
+// after them it starts the runtime. Failures are told; no package and no runtime end the launch.
 #pragma once
 
 #include <string>
@@ -11,7 +10,8 @@ extern std::string fileToOpen;
 // Makes path that document, in place of any earlier one. Called by the platform layer.
 void SetFileToOpen(std::string path);
 
-// Waits for other launches with the same data, a minute at most, and removes what killed ones left.
+// Waits a minute at most for other launches with the same data, and removes the parts that killed
+// ones have left. Otherwise this launch's parts get a name of their own.
 void TakeTurn();
 
 // Brings the data of earlier releases along, and marks the old data directories that have arrived.

@@ -1,4 +1,4 @@
-# Nobody needs to read what a launch tells, or have open streams for it.
+# Nobody needs to read what a launch tells, or keep streams open for it.
 set -e; source "$(dirname "$0")/launch.sh"
 put B/mrd-1.umo; runtime A/runtime/vek-1
 exec 3> >(:); wait $!

@@ -1,13 +1,13 @@
 # What a launch cannot do it tells, and the next one tries again. Each case says what is there,
-# which lines it adds to a launch on a nearly full disk, and then what the user does and which lines
-# that adds to the next launch.
+# which lines it adds to a launch with a limit on file sizes, and then what the user does and which
+# lines that adds to the next launch.
 set -e; source "$(dirname "$0")/launch.sh"
-disk=$(mktemp -d -p /dev/shm)
-large() { put "$1" "$(printf %040000d)"; }  # too much for the disk of the first launch
+disk=$(mktemp -d -p /dev/shm); trap 'rm -rf "$root" "$disk"' EXIT
+large() { put "$1" "$(printf %040000d)"; }  # too much for the limit of the first launch
 first() { printf '%s\n' "$@" >>first; }
 next() { echo "$1" >>between; printf '%s\n' "${@:2}" >>next; } # COMMAND LINE...
 sorted() { launch_and_changes | sort; }
-full_disk() { (ulimit -f 32; sorted); }
+limited() { (ulimit -f 32; sorted); }
 
 # A newer release's file that does not arrive replaces the older one later, unless that has changed.
 put 0/shared old; large 1/shared; put 0/used old; large 1/used
@@ -127,7 +127,7 @@ next : '+ Dianostics: ON' "${migrations[@]}" '> 1/migrated 644 0 ""' \
   '< A/Torvane Odrel 2.1.unmarked 644' "+ Migrating localStorage from $storage" \
   '+ Loading Odrel package "A/mrd-2.umo"' '+ Loading Vekara at "A/runtime/vek-1/EXE"' \
   '-- exit code 0' 'A/runtime/vek-1 with A/mrd-2.umo' ...
-sort first | expect full_disk; source ./between
+sort first | expect limited; source ./between
 grep . next | sort | expect sorted
 
 # When everything has come, the old directory is marked.

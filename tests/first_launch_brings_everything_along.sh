@@ -1,5 +1,5 @@
-# A first launch brings everything along, in this order. The bundle can be signed: nothing but code
-# is beside the executable, and links to the rest.
+# A first launch brings everything along, in this order. Packages and version file are links, as in
+# a bundle that can be signed.
 set -e; source "$(dirname "$0")/launch.sh"
 put 0/settings old; put 1/settings new; put 1/.hidden; put 2/qrc__0.localstorage storage
 put 1/projects/a/p text; put 1/projects/q; chmod 640 1/projects/q

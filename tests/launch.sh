@@ -7,13 +7,13 @@
 # the last option and U in the environment. What changes in U follows, "<" before and ">" after it:
 # files with mode, size and first bytes, links with "->", pipes with "|", empty directories with
 # "/". PART is the name of a copy that is not whole, EXE a runtime's executable, "X => Y" are the
-# lines of a copy, "X => Y: not whole" those of one that fails, with "no rights" when permissions
-# cannot be applied, "no source" or "no place" when that side cannot be opened, and with "; told"
-# when 'Failed to copy "X" to "Y"' follows.
+# lines of a copy, "X => Y: not whole" those of one that fails, ": no rights" when permissions
+# cannot be applied, ": no source" or ": no place" when that side cannot be opened; "; told" stands
+# for the line 'Failed to copy "X" to "Y"'.
 set -euo pipefail
 export LC_ALL=C; umask 022
-tests=$(realpath "$(dirname "$0")") launcher=$(realpath "$1") root=$(mktemp -d) disk=
-trap 'rm -rf "$root" "$disk"' EXIT
+tests=$(realpath "$(dirname "$0")") launcher=$(realpath "$1") root=$(mktemp -d)
+trap 'rm -rf "$root"' EXIT
 cd "$root"
 mkdir B U; mkfifo record; cp "$launcher" B/odrel; ln -s 'U/Torvane/Torvane Odrel 2.2' A
 for i in 0 1 2; do ln -s "U/Torvane, Inc./Torvane Odrel 2.$i" $i; done

@@ -33,7 +33,7 @@ std::string FollowLinks(fs::path path) {
   return path;
 }
 
-// Flushes the path, unless it is on the file system of unflushed; a line tells the destination.
+// Flushes the path, unless it is on the file system of unflushed. A line tells a failure.
 bool FlushAs(const std::string& destination, const std::string& path,
              const std::string& unflushed) {
   if (ShareFileSystem(path, unflushed) || Flush(path)) return true;
@@ -41,8 +41,8 @@ bool FlushAs(const std::string& destination, const std::string& path,
   return false;
 }
 
-// Moves a part that is whole to its place, unless something else has come there since the copy
-// began. Otherwise removes it; false, unless another process has made the same copy meanwhile.
+// Moves a part that is whole to its place, unless something of another type has come there since
+// the copy began. Otherwise removes it; true only when the same copy, as far as told, is there.
 bool EndCopy(bool whole, const std::string& part, const std::string& place, fs::file_type before) {
   if (whole && TypeAt(place) == before && std::rename(part.c_str(), place.c_str()) == 0)
     return true;
@@ -88,7 +88,7 @@ bool ReportOutcome(bool success) {
   return success;
 }
 
-// Copies a file to path; all else as in FlushAs.
+// Copies to path a file or a link to a directory. The lines tell the destination.
 bool Copy(const std::string& source, const std::string& destination, const std::string& path,
           const std::string& unflushed) {
   if (!DirectoryExists(Parent(path)) && !MakeDirectory(Parent(path))) {

@@ -1,8 +1,8 @@
 // Questions about files, and copies of them. Nothing here throws for a failed system call. Only the
 // copy functions write lines, to standard error, those of success too.
 //
-// A copy is made in the directory that it goes to, as a part, and renamed when it is whole and
-// flushed. So a kill or a power cut leaves its place as it was and at most a part beside it.
+// A copy is made in the directory that it goes to, as a part, and renamed when it is whole. So a
+// kill leaves its place as it was and at most a part beside it; so does a power cut, when flushed.
 #pragma once
 
 #include <filesystem>
@@ -11,7 +11,7 @@
 
 namespace torvane {
 
-// The full path of the running executable, links not resolved; empty when the platform cannot tell.
+// The full path of the running executable, as the platform tells it; empty when it cannot.
 std::string ExecutableFile();
 
 // ExecutableFile() up to its last "/", that one excluded; unchanged when there is none.
@@ -68,10 +68,10 @@ bool MayChange(const std::string& directory);
 
 // Copies the bytes and permission bits of a file, links followed, creating missing parents of the
 // destination (taken as absolute). Links there are followed and stay; a file is replaced, anything
-// else fails. A link to a directory is copied as a link, which replaces a link too. True when the
-// whole copy is in its place and on the disk, or both are one file. A failure leaves the place as
-// it was, with two exceptions: a whole file whose permissions cannot be applied takes it, and where
-// the directory may not be changed, a file in it is written itself.
+// else fails. A link to a directory is copied as a link, which replaces a link too and is not
+// flushed. True when the whole copy is in its place and on the disk, or both are one file. A
+// failure leaves the place as it was, unless only the permissions or the flush of the new name have
+// failed, or the directory may not be changed: then a file in it is written itself.
 bool CopyFile(const std::string& source, const std::string& destination);
 
 // The same, but what comes to the directory's file system is not on the disk: until the caller
@@ -91,10 +91,10 @@ bool CopyWholeDirectory(const std::string& source, const std::string& destinatio
 // True for the name of a part, also of another process.
 bool IsPartName(const std::string& name);
 
-// Adds to the name of this process's parts, for when others may be making theirs.
+// Adds to the name of this process's parts, where others may be making theirs.
 void AddToPartName(const std::string& suffix);
 
-// Removes a part of that name, file, link or tree, from the directory; false when one stays.
+// Removes what has the name of this process's parts from the directory; false when it stays.
 bool DeletePart(const std::string& directory);
 
 // Stores the whole mode word, file type included, of what path leads to; if not, returns false.
@@ -108,7 +108,7 @@ bool SetPermissions(const std::string& path, int mode);
 bool Flush(const std::string& path);
 
 // Waits, so many seconds at most, until no other process holds the directory, then holds it until
-// this one ends, programs that it starts excluded. False at once where there is nothing to lock.
+// this one ends; programs that it starts do not. False, at once where there is nothing to lock.
 bool LockDirectory(const std::string& path, int seconds);
 
 }  // namespace torvane
