@@ -14,7 +14,7 @@ put 0/shared old; large 1/shared; put 0/used old; large 1/used
 first '0/shared => A/shared' '1/shared => A/shared: not whole; told' '> A/shared 644 3 "old"' \
   '0/used => A/used' '1/used => A/used: not whole; told' '> A/used 644 3 "old"'
 next 'put A/used new' '1/shared => A/shared' \
-  '< A/shared 644 3 "old"' '> A/shared 644 40000 "00000000"'
+  '< A/shared 644 3 "old"' '> A/shared 644 40000 "00000"'
 
 # A file that does not fit leaves the application's as it was, and the next launch leaves it, too.
 large 0/large; put A/large mine
@@ -75,7 +75,7 @@ next 'put U/mine/disk new' '0/no-file => A/no-file: no source; told' '1/mounted 
 put 0/itself old; ln 0/itself A/itself; put 0/rights; link A/rights /proc/self/comm
 link 0/untold /proc/sys/kernel/ostype
 first '0/itself => A/itself' '0/rights => A/rights: no rights; told' '0/untold => A/untold' \
-  '> A/untold 444 6 "Linux."'
+  '> A/untold 444 6 "Linux"'
 
 # A directory that was tried before is only completed, by what its memory does not list; what is cut
 # off there is no path. When it cannot be marked, that is told.
@@ -100,8 +100,8 @@ first '0/qrc__0.localstorage => A/qrc__0.localstorage' \
 next : '1/qrc__0.localstorage => A/qrc__0.localstorage' \
   'A/qrc__0.localstorage => A/Local Storage/umop__0.localstorage' \
   'A/qrc__0.localstorage => A/qrc__0.localstorage_migrated: no place' \
-  'Failed to complete localStorage migration' '> A/qrc__0.localstorage 644 40000 "00000000"' \
-  '< A/Local Storage/' '> A/Local Storage/umop__0.localstorage 644 40000 "00000000"'
+  'Failed to complete localStorage migration' '> A/qrc__0.localstorage 644 40000 "00000"' \
+  '< A/Local Storage/' '> A/Local Storage/umop__0.localstorage 644 40000 "00000"'
 
 # A package that has failed is copied by the next launch. One that is there is not.
 mkfifo B/mrd-0.umo; put B/mrd-1.umo new; put A/mrd-1.umo/work mine; large B/mrd-2.umo
@@ -109,7 +109,7 @@ first 'Priming A/mrd-0.umo' 'B/mrd-0.umo => A/mrd-0.umo: no source' \
   'Failed to prime Odrel app package "mrd-0.umo"' 'Priming A/mrd-1.umo' 'Priming A/mrd-2.umo' \
   'B/mrd-2.umo => A/mrd-2.umo: not whole' 'Failed to prime Odrel app package "mrd-2.umo"'
 next 'rm B/mrd-0.umo' 'Priming A/mrd-1.umo' 'Priming A/mrd-2.umo' \
-  'B/mrd-2.umo => A/mrd-2.umo' '> A/mrd-2.umo 644 40000 "00000000"'
+  'B/mrd-2.umo => A/mrd-2.umo' '> A/mrd-2.umo 644 40000 "00000"'
 
 # Of a runtime that does not fit nothing stays.
 put B/vek-1/a new; large B/vek-1/b; runtime B/vek-1
@@ -117,7 +117,7 @@ first 'B/vek-1/a => A/runtime/vek-1/a' 'B/vek-1/b => A/runtime/vek-1/b: not whol
   'Failed to prime Vekara runtime "B/vek-1"' 'Unable to find a Vekara runtime on the system'
 next : 'B/vek-1/a => A/runtime/vek-1/a' 'B/vek-1/b => A/runtime/vek-1/b' \
   'B/vek-1/EXE => A/runtime/vek-1/EXE' '< A/runtime/' '> A/runtime/vek-1/EXE 755' \
-  '> A/runtime/vek-1/a 644 3 "new"' '> A/runtime/vek-1/b 644 40000 "00000000"'
+  '> A/runtime/vek-1/a 644 3 "new"' '> A/runtime/vek-1/b 644 40000 "00000"'
 
 migrations=('+ Migrating application data from "'{0,1,2}'" to "A"')
 first '+ Dianostics: ON' "${migrations[@]}" '+ Loading Odrel package "A/mrd-1.umo"' \

@@ -41,12 +41,12 @@ A/runtime/vek-1 with A/mrd-1.umo
 > 1/migrated 644 0 ""
 > 2/migrated 644 0 ""
 > A/.hidden 644 0 ""
-> A/Local Storage/umop__0.localstorage 644 7 "storage"
+> A/Local Storage/umop__0.localstorage 644 7 "stora"
 > A/mrd-1.umo 644 0 ""
 > A/mrd-2.umo 644 0 ""
 > A/projects/a/p 644 4 "text"
 > A/projects/q 640 0 ""
-> A/qrc__0.localstorage_migrated 644 7 "storage"
+> A/qrc__0.localstorage_migrated 644 7 "stora"
 > A/runtime/vek-1/EXE 755
 > A/runtime/vek-1/F/Resources -> Versions/Current/Resources
 > A/runtime/vek-1/F/Versions/A/Resources/r 644 0 ""

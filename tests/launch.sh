@@ -55,8 +55,7 @@ launch() { # ARGUMENT...
 tree() {
   find U -type l -printf '%p -> %l\n' -o -type p -printf '%p|\n' -o -type d -empty -printf '%p/\n' \
     -o -type f \( -name 'Torvane Umo' -o -name '*.unmarked' \) -printf '%p %m\n' \
-    -o -type f -printf '%p %m %s "' -exec sh -c 'head -c 8 "$1" | tr "\0\n" ..' - {} ';' \
-    -printf '"\n' | short | sort
+    -o -type f -printf '%p %m %s "' -exec head -c 5 {} ';' -printf '"\n' | tr '\0' . | short | sort
 }
 
 launch_and_changes() { tree >before; launch; tree | diff before - | grep '^[<>]' || true; }
