@@ -101,12 +101,13 @@ bool IsPassedOver(const std::string& relative, const Migration& migration) {
 bool HoldsOlderCopy(const std::string& relative, const Migration& migration) {
   const std::string file = newDataDirName + "/" + relative;
   std::error_code error;
-  for (const std::string& directory : migration.newer)
-    if (torvane::IsCopyOf(file, directory + "/" + relative)) return false;
   const bool onlyFresh = migration.arrived.count(relative) != 0 || fs::is_empty(file, error);
+  bool isOlder = false;
   for (const std::string& directory : onlyFresh ? migration.fresh : migration.older)
-    if (torvane::IsCopyOf(file, directory + "/" + relative)) return true;
-  return false;
+    isOlder = isOlder || torvane::IsCopyOf(file, directory + "/" + relative);
+  for (const std::string& directory : migration.newer)
+    isOlder = isOlder && !torvane::IsCopyOf(file, directory + "/" + relative);
+  return isOlder;
 }
 
 // Brings a file of an old data directory along; false when that fails. A repeated migration leaves
@@ -160,8 +161,7 @@ void MigrateDirectory(Migration* migration) {
   }
 }
 
-// Lists in the memory what has arrived. A list that is cut off does no harm: the rest is tried
-// again.
+// Lists in the memory what has arrived. When the list is cut off, the rest is tried again.
 void Remember(const Migration& migration) {
   const fs::file_type there = torvane::TypeAt(migration.memory);
   const bool canList = there == fs::file_type::regular || there == fs::file_type::not_found;
