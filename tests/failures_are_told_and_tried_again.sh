@@ -1,13 +1,12 @@
-# What a launch cannot do it tells, and the next one tries again. Each case says what is there,
-# which lines it adds to a launch with a limit on file sizes, and then what the user does and which
-# lines that adds to the next launch.
+# What a launch cannot do it tells, and the next one tries again. Each case says what is there, the
+# lines that it adds to a launch with a limit on file sizes, what the user does then, and the lines
+# that this adds to the next launch.
 set -e; source "$(dirname "$0")/launch.sh"
 disk=$(mktemp -d -p /dev/shm); trap 'rm -rf "$root" "$disk"' EXIT
 large() { put "$1" "$(printf %040000d)"; }  # too much for the limit of the first launch
 first() { printf '%s\n' "$@" >>first; }
 next() { echo "$1" >>between; printf '%s\n' "${@:2}" >>next; } # COMMAND LINE...
-sorted() { launch_and_changes | sort; }
-limited() { (ulimit -f 32; sorted); }
+sorted() { launch_and_changes | sort; }; limited() { (ulimit -f 32; sorted); }
 
 # A newer release's file that does not arrive replaces the older one later, unless that has changed.
 put 0/shared old; large 1/shared; put 0/used old; large 1/used
@@ -77,14 +76,17 @@ link 0/untold /proc/sys/kernel/ostype
 first '0/itself => A/itself' '0/rights => A/rights: no rights; told' '0/untold => A/untold' \
   '> A/untold 444 6 "Linux"'
 
-# A directory that was tried before is only completed, by what its memory does not list; what is cut
-# off there is no path. When it cannot be marked, that is told.
-for file in changed missing listed cut-off; do put 2/$file old; done
-put A/changed mine; printf 'listed\0cut-off' >'A/Torvane Odrel 2.2.unmarked'
+# A directory that was tried before is only completed, by what its memory does not list or an older
+# release has just replaced. What is cut off is no path. When it cannot be marked, that is told.
+for file in changed missing listed cut-off again; do put 2/$file new; done; large 2/late
+put A/changed mine; put 0/again; put 0/late old
+printf 'listed\0again\0late\0cut-off' >'A/Torvane Odrel 2.2.unmarked'
 link 2/migrated no/where; put A/migrated mine  # or the link would be a source to nowhere
-first '2/missing => A/missing' '> A/missing 644 3 "old"' '2/cut-off => A/cut-off' \
-  '> A/cut-off 644 3 "old"' 'Failed to touch "2/migrated"'
-next 'rm 2/migrated' '> 2/migrated 644 0 ""' '< A/Torvane Odrel 2.2.unmarked 644'
+first '2/missing => A/missing' '> A/missing 644 3 "new"' '2/cut-off => A/cut-off' \
+  '> A/cut-off 644 3 "new"' '0/again => A/again' '2/again => A/again' '> A/again 644 3 "new"' \
+  '0/late => A/late' '> A/late 644 3 "old"' '2/late => A/late: not whole; told'
+next : '2/late => A/late' '< A/late 644 3 "old"' '> A/late 644 40000 "00000"' \
+  'Failed to touch "2/migrated"'
 
 # Parts that lie where copies are made go, but not what they lead to. Others are passed over.
 put '0/.Torvane Odrel.part/x'; link 'A/.Torvane Odrel.part' "$root/U/mine"
@@ -130,13 +132,14 @@ next : '+ Dianostics: ON' "${migrations[@]}" '> 1/migrated 644 0 ""' \
 sort first | expect limited; source ./between
 grep . next | sort | expect sorted
 
-# When everything has come, the old directory is marked.
-rm -r 0/{no-file,pipe,circle} A/Local*/* B/mrd*
+# When everything has come, the old directories are marked.
+rm -r 0/{no-file,pipe,circle} 2/migrated A/Local*/* B/mrd*
 link 'A/Local Storage/umop__0.localstorage' umop__0.localstorage
 put B/vek-2
 expect launch_and_changes <<END
 + Dianostics: ON
 + Migrating application data from "0" to "A"
++ Migrating application data from "2" to "A"
 + Migrating localStorage from $storage
 + Loading Odrel package "A/mrd-2.umo"
 + Loading Vekara at "A/runtime/vek-1/EXE"
@@ -149,5 +152,7 @@ Failed to prime Vekara runtime "B/vek-2"
 A/runtime/vek-1 with A/mrd-2.umo
 ...
 > 0/migrated 644 0 ""
+> 2/migrated 644 0 ""
 < A/Torvane Odrel 2.0.unmarked 644
+< A/Torvane Odrel 2.2.unmarked 644
 END

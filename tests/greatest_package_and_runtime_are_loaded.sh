@@ -16,9 +16,8 @@ test ! -e "${longest}0/Torvane" -a -z "$(find / -maxdepth 1 -name Torvane -newer
 environment=(XDG_DATA_HOME="$root/U")
 put U/Torvane; expect launch <<<$'Failed to create Odrel app data directory "A"\n-- exit code 1'
 rm U/Torvane; mkdir U/Torvane; mkfifo "$(readlink -m A)"; no_package | expect launch
-rm -r U/Torvane
 
-runtime A/runtime/vek-1
+rm -r U/Torvane; runtime A/runtime/vek-1
 link 'U/Torvane, Inc./Torvane Odrel 2.0' "$root/B"  # no old data directory
 check() { # LOADED A'S-VERSION B'S-VERSION PACKAGE...
   rm -f A/mrd* A/MRD* ?/version.txt

@@ -7,8 +7,7 @@ lay_out() {
   for file in B/{mrd-2.umo,vek-1/z} {0,A}/first 1/repeated {0,1}/shared A/qrc__0.localstorage \
     'A/Torvane Odrel 2.1.unmarked'; do put "$file" "$file"; done
 }
-whole() { launch >launched; tree; }
-lay_out; whole >undisturbed
+whole() { launch >launched; tree; }; lay_out; whole >undisturbed
 
 killed() { # LARGE FILE, ITS PLACE: shows how a kill changes that, and parts, while it is copied
   truncate -s 1G "$1"; tree >before
