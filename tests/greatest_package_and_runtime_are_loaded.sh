@@ -5,8 +5,7 @@ check_data_directory() { # DIRECTORY XDG_DATA_HOME: first it is missing, then a 
   environment=(HOME="$root/home" XDG_DATA_HOME="$2")
   for step in : "put $1" "rm $1; mkdir $1"; do eval "$step"; no_package | expect launch; done
 }
-check_data_directory home/.local/share x
-test -d 'home/.local/share/Torvane/Torvane Odrel 2.2'
+check_data_directory home/.local/share x; test -d 'home/.local/share/Torvane/Torvane Odrel 2.2'
 deep=$root/U$(printf '/%0200d' 0 0 0 0)/; longest=$deep$(printf "%0$((1023 - ${#deep}))d")
 check_data_directory "$longest" "$longest/"
 test -d "$longest/Torvane/Torvane Odrel 2.2"
