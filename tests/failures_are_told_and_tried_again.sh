@@ -91,8 +91,8 @@ next : '2/late => A/late' '< A/late 644 3 "old"' '> A/late 644 40000 "00000"' \
 # Parts that lie where copies are made go, but not what they lead to. Others are passed over.
 put '0/.Torvane Odrel.part/x'; link 'A/.Torvane Odrel.part' "$root/U/mine"
 put 'A/Local Storage/.Torvane Odrel.part'; link 'A/runtime/.Torvane Odrel.part/x' "$root/U/mine"
-first '< A/PART -> U/mine' '< A/Local Storage/PART 644 0 ""' '> A/Local Storage/' \
-  '< A/runtime/PART/x -> U/mine' '> A/runtime/'
+first '< A/STAGED -> U/mine' '< A/Local Storage/STAGED 644 0 ""' '> A/Local Storage/' \
+  '< A/runtime/STAGED/x -> U/mine' '> A/runtime/'
 
 # An older release's web storage goes when the newer one's fails: it would move to its place for
 # good. When its backup cannot be made, the storage is in its place and its source stays.

@@ -14,14 +14,14 @@ killed() { # LARGE FILE, ITS PLACE: shows how a kill changes that, and parts, wh
   env -i "${environment[@]}" B/odrel >/dev/null 2>&1 &
   until [ -n "$(find U -name '.Torvane Odrel.part' -size +99k)" ]; do kill -0 $!; done
   kill -9 $!; wait $! 2>/dev/null || true
-  tree | { diff before - || true; } | grep -e PART -e " $2" | sed -E 's/(PART [0-7]+) .*/\1/'
+  tree | { diff before - || true; } | grep -e STAGED -e " $2" | sed -E 's/(STAGED [0-7]+) .*/\1/'
 }
-check() { # LARGE FILE, ITS PLACE, WHERE ITS PART LIES
+check() { # LARGE FILE, ITS PLACE, WHERE IT LIES TILL THEN
   lay_out; expect killed "$1" "$2" <<<"> $3 600"
   put "$1" "$1"; expect whole <undisturbed
 }
-check 0/first A/first A/PART
-check 1/repeated A/repeated A/PART
-check A/qrc__0.localstorage 'A/Local Storage/umop' 'A/Local Storage/PART'
-check B/mrd-2.umo A/mrd-2.umo A/PART
-check B/vek-1/z A/runtime/vek-1 A/runtime/PART/PART
+check 0/first A/first A/STAGED
+check 1/repeated A/repeated A/STAGED
+check A/qrc__0.localstorage 'A/Local Storage/umop' 'A/Local Storage/STAGED'
+check B/mrd-2.umo A/mrd-2.umo A/STAGED
+check B/vek-1/z A/runtime/vek-1 A/runtime/STAGED/STAGED

@@ -6,7 +6,7 @@
 # runtime received: "RUNTIME with PACKAGE" for the launcher's options, then all else, and "..." for
 # the last option and U in the environment. What changes in U follows, "<" before and ">" after it:
 # files with mode, size and first bytes, links with "->", pipes with "|", empty directories with
-# "/". PART is the name of a copy that is not whole, EXE a runtime's executable, "X => Y" are the
+# "/". STAGED is the name of a copy that is not whole, EXE a runtime's executable, "X => Y" are the
 # lines of a copy, "X => Y: not whole" those of one that fails, ": no rights" when permissions
 # cannot be applied, ": no source" or ": no place" when that side cannot be opened; "; told" stands
 # for the line 'Failed to copy "X" to "Y"'.
@@ -36,7 +36,7 @@ short() {
   local options='--umo-enable-logging\n--umo-log-level=0\n--odrel=B/odrel'
   sed -Ez "s,$root/,,g; s,B(/0+|/MacOS)*/odrel,B/odrel,g
     s|U/Torvane, Inc./Torvane Odrel 2.([012])|\1|g; s,U/Torvane/Torvane Odrel 2.2,A,g
-    s,Torvane Odrel.app/Contents/MacOS/Torvane Umo,EXE,g; s,\.Torvane Odrel\.part,PART,g
+    s,Torvane Odrel.app/Contents/MacOS/Torvane Umo,EXE,g; s,\.Torvane Odrel\.part,STAGED,g
     s,${copy}CopyFile success: 1,\1 => \2,g; s,${copy}CopyFile success: 0,\1 => \2: not whole,g
     s,${copy}failed during permissions xfer,\1 => \2: no rights,g
     s,$no_source,\1 => \2: no source,g; s,$no_place,\1 => \2: no place,g
