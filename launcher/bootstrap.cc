@@ -32,7 +32,7 @@ const char* const oldDataDirNames[] = {"Torvane Odrel 2.0", "Torvane Odrel 2.1",
 bool Touch(const std::string& path, const std::string& content) {
   std::error_code error;
   const bool grows = fs::file_size(path, error) <= content.size();
-  std::ofstream file(path, grows ? std::ios::in : std::ios::out);  // not emptied, if killed
+  std::ofstream file(path, grows ? std::ios::in : std::ios::out);  // a kill must not empty it
   if ((file << content).flush() && torvane::Flush(path)) return true;
   std::cerr << "Failed to touch \"" << path << "\"" << std::endl;
   return false;

@@ -33,16 +33,15 @@ std::string FollowLinks(fs::path path) {
   return path;
 }
 
-// Flushes the path, unless it is on the file system of unflushed. A line tells a failure.
-bool FlushAs(const std::string& destination, const std::string& path,
-             const std::string& unflushed) {
+// Flushes the path, unless it is on the file system of unflushed. A line with told tells a failure.
+bool FlushAs(const std::string& told, const std::string& path, const std::string& unflushed) {
   if (ShareFileSystem(path, unflushed) || Flush(path)) return true;
-  std::cerr << "Failed to write \"" << destination << "\" to the disk" << std::endl;
+  std::cerr << "Failed to write \"" << told << "\" to the disk" << std::endl;
   return false;
 }
 
 // Moves a part that is whole to its place, unless something of another type has come there since
-// the copy began. Otherwise removes it; true only when the same copy, as far as told, is there.
+// the copy began. Otherwise removes it; true then only when the same copy is there already.
 bool EndCopy(bool whole, const std::string& part, const std::string& place, fs::file_type before) {
   if (whole && TypeAt(place) == before && std::rename(part.c_str(), place.c_str()) == 0)
     return true;
@@ -91,7 +90,7 @@ bool ReportOutcome(bool success) {
 // Copies to path a file or a link to a directory. The lines tell the destination.
 bool Copy(const std::string& source, const std::string& destination, const std::string& path,
           const std::string& unflushed) {
-  if (!DirectoryExists(Parent(path)) && !MakeDirectory(Parent(path))) {
+  if (!DirectoryExists(Parent(path)) && !MakeDirectory(Parent(path))) {  // mostly it is there
     std::cerr << "CopyFile could not make directory " << Parent(destination) << std::endl;
     return false;
   }
@@ -112,6 +111,7 @@ bool Copy(const std::string& source, const std::string& destination, const std::
   std::string made = PartBeside(place);
   const bool isBeside = (isFile || there == fs::file_type::not_found) && CreateFile(made);
   if (!isBeside) made = isFile && !MayChange(Parent(place)) ? place : "";
+  // A part is appended to: ext4 writes a file that was opened to be emptied to the disk on closing.
   std::ofstream out(made, std::ios::binary | (isBeside ? std::ios::app : std::ios::trunc));
   if (isBeside && !out.is_open()) DeleteFile(made);
   if (!out.is_open()) return ReportUnopened(source, destination, true);
