@@ -134,8 +134,7 @@ grep . next | sort | expect sorted
 
 # When everything has come, the old directories are marked.
 rm -r 0/{no-file,pipe,circle} 2/migrated A/Local*/* B/mrd*
-link 'A/Local Storage/umop__0.localstorage' umop__0.localstorage
-put B/vek-2
+link 'A/Local Storage/umop__0.localstorage' umop__0.localstorage; put B/vek-2
 expect launch_and_changes <<END
 + Dianostics: ON
 + Migrating application data from "0" to "A"
