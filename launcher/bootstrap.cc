@@ -2,15 +2,16 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <set>
+#include <unordered_set>
 
 #include "platform/mac/bootstrap_mac.h"
 #include "util/file_util.h"
 #include "util/process_util.h"
-
-namespace fs = std::filesystem;
 
 // Start-up initialisation takes the globals in this order, before main. newDataDirName asks the
 // platform for the user data directory and needs the names above it.
@@ -28,147 +29,114 @@ const std::string migratedFile = "migrated";
 const char* const oldDataDirNames[] = {"Torvane Odrel 2.0", "Torvane Odrel 2.1",
                                        "Torvane Odrel 2.2", nullptr};
 
-// Writes a file onto the disk; a line tells when it cannot.
-bool Touch(const std::string& path, const std::string& content) {
-  std::error_code error;
-  const bool grows = fs::file_size(path, error) <= content.size();
-  std::ofstream file(path, grows ? std::ios::in : std::ios::out);  // a kill must not empty it
+// Appends to a file, made when it is missing, and flushes it. A failure, which is said on standard
+// error, may leave the beginning of content there.
+bool Append(const std::string& path, const std::string& content) {
+  std::ofstream file(path, std::ios::binary | std::ios::app);
   if ((file << content).flush() && torvane::Flush(path)) return true;
   std::cerr << "Failed to touch \"" << path << "\"" << std::endl;
   return false;
 }
 
-// The data of an earlier release that this launch brings along.
-struct Migration {
-  std::string old;                 // the directory that holds it
-  std::vector<std::string> older;  // those of older releases
-  std::vector<std::string> fresh;  // those of them that this launch migrates for the first time
-  std::vector<std::string> newer;  // those of newer releases
-  std::string memory;              // the file that lists what has arrived, until all has
-  std::set<std::string> arrived;   // relative paths, those of directories with a "/" at the end
-  bool isRemembered;               // the memory lists these
-  bool repeated;                   // tried by an earlier launch: the application may have run since
-  bool whole = true;               // everything has arrived
+// An old data directory. The relative paths of what has arrived are listed in the journal, until
+// all has: then the marker takes its place.
+struct OldData {
+  std::string directory;
+  std::string marker;   // an empty file in the directory
+  std::string journal;  // a file in the application data directory, each path ended by a NUL
+  bool isMarked;
+  std::unordered_set<std::string> listed;  // in the journal, by earlier launches
+  std::string arrived;                     // to be appended to the journal by this launch
+  bool isComplete = true;                  // nothing has failed in this launch
 };
+using OldDataList = std::vector<OldData>;
 
-// The paths in a memory, each ended by a NUL. One that is no file itself has none.
-std::set<std::string> ListedPaths(const std::string& memory) {
-  std::set<std::string> paths;
-  if (torvane::TypeAt(memory) != fs::file_type::regular) return paths;
-  std::ifstream file(memory, std::ios::binary);
-  for (std::string path; std::getline(file, path, '\0') && !file.eof();) paths.insert(path);
-  return paths;
-}
-
-// The migrations that are due, of the oldest release first.
-std::vector<Migration> DueMigrations() {
-  std::vector<Migration> migrations;
-  std::vector<std::string> older, fresh;
+// The old data directories that exist, the oldest release's first.
+OldDataList ReadOldData() {
+  OldDataList list;
   for (int i = 0; i < 3; ++i) {
-    const std::string old = torvane::ApplicationDataDirectory(oldOrgName, oldDataDirNames[i]);
-    const std::string memory = newDataDirName + "/" + oldDataDirNames[i] + ".unmarked";
-    const std::string marker = old + "/" + migratedFile;
-    if (!torvane::DirectoryExists(old)) continue;
-    for (Migration& migration : migrations) migration.newer.push_back(old);
-    if (torvane::FileExists(marker)) {
-      torvane::DeleteFile(memory);
-    } else {
-      const bool isRemembered = torvane::TypeAt(memory) != fs::file_type::not_found;
-      // One whose marker cannot be told counts as tried before.
-      const bool repeated = isRemembered || !torvane::IsMissing(marker);
-      migrations.push_back(
-          {old, older, fresh, {}, memory, ListedPaths(memory), isRemembered, repeated});
-      if (!repeated) fresh.push_back(old);
+    const std::string directory = torvane::ApplicationDataDirectory(oldOrgName, oldDataDirNames[i]);
+    if (!torvane::DirectoryExists(directory)) continue;
+    const std::string marker = directory + "/" + migratedFile;
+    const std::string journal = newDataDirName + "/" + oldDataDirNames[i] + ".unmarked";
+    list.push_back({directory, marker, journal, torvane::FileExists(marker), {}, ""});
+    if (list.back().isMarked) continue;
+
+    std::ifstream file(journal, std::ios::binary);
+    for (std::string path; std::getline(file, path, '\0');) {
+      if (!file.eof())
+        list.back().listed.insert(path);
+      else  // cut off: no path ends with "/", so it is none, also with what is appended next
+        list.back().arrived = std::string("/") + '\0';
     }
-    older.push_back(old);
   }
-  return migrations;
+  return list;
 }
 
-// True when a newer release has something else in the place of a link to a directory, or the other
-// way round. The one would be copied through the link, or the link would find no place.
-bool IsPassedOver(const std::string& relative, const Migration& migration) {
-  const bool isLink = torvane::LinksToDirectory(migration.old + "/" + relative);
-  for (const std::string& directory : migration.newer) {
-    const std::string entry = directory + "/" + relative;
+// True until a launch has tried everything once; another one may do so while this one copies.
+bool IsFirstTry(const OldData& old) {
+  return torvane::IsMissing(old.marker) && torvane::IsMissing(old.journal);
+}
+
+// True when a newer release has a link to a directory where list[i] has something else, or the
+// other way round. The one would be copied through the link, or the link would find no place.
+bool IsLeftToNewer(const std::string& relative, const OldDataList& list, std::size_t i) {
+  const bool isLink = torvane::LinksToDirectory(list[i].directory + "/" + relative);
+  for (std::size_t newer = i + 1; newer < list.size(); ++newer) {
+    const std::string entry = list[newer].directory + "/" + relative;
     if (!torvane::IsMissing(entry) && torvane::LinksToDirectory(entry) != isLink) return true;
   }
   return false;
 }
 
-// True when an older release's file is in the place, unchanged, and no newer one's. Where this
-// one's has arrived before, or when it is empty, only what this launch has just put there counts.
-bool HoldsOlderCopy(const std::string& relative, const Migration& migration) {
-  const std::string file = newDataDirName + "/" + relative;
-  std::error_code error;
-  const bool onlyFresh = migration.arrived.count(relative) != 0 || fs::is_empty(file, error);
-  bool isOlder = false;
-  for (const std::string& directory : onlyFresh ? migration.fresh : migration.older)
-    isOlder = isOlder || torvane::IsCopyOf(file, directory + "/" + relative);
-  for (const std::string& directory : migration.newer)
-    isOlder = isOlder && !torvane::IsCopyOf(file, directory + "/" + relative);
-  return isOlder;
+// True when an older release's file is there, unchanged, and neither list[i]'s nor a newer one's.
+bool HoldsOlderCopy(const std::string& relative, const OldDataList& list, std::size_t i) {
+  const auto isCopied = [&relative](const OldData& old) {
+    return torvane::IsCopyOf(newDataDirName + "/" + relative, old.directory + "/" + relative);
+  };
+  const OldData* const first = list.data();
+  return std::any_of(first, first + i, isCopied) &&
+         std::none_of(first + i, first + list.size(), isCopied);
 }
 
-// Brings a file of an old data directory along; false when that fails. A repeated migration leaves
-// a file or a link that is there to the application, unless it is an older release's.
-bool MigrateFile(const std::string& relative, const Migration& migration) {
-  const std::string source = migration.old + "/" + relative;
+// Brings a file of list[i] along; false, said on standard error, when that fails. After the first
+// try what is there is the application's, unless it is an older release's copy.
+bool MigrateFile(const std::string& relative, const OldDataList& list, std::size_t i) {
+  const std::string source = list[i].directory + "/" + relative;
   const std::string destination = newDataDirName + "/" + relative;
-  const fs::file_type there = torvane::TypeAt(destination);
-  // A launch that has not waited for this one may have brought it along meanwhile.
-  const bool keepsFiles = migration.repeated || torvane::FileExists(migration.memory) ||
-                          torvane::FileExists(migration.old + "/" + migratedFile);
   bool success = false;
-  if (!keepsFiles)
-    success = torvane::CopyFileUnflushed(source, destination, newDataDirName);
-  else if (torvane::IsMissing(destination) || HoldsOlderCopy(relative, migration))
+  if (IsFirstTry(list[i]))
+    success = torvane::CopyFile(source, destination, newDataDirName);
+  else if (torvane::IsMissing(source) || torvane::IsMissing(destination) ||
+           HoldsOlderCopy(relative, list, i))
     success = torvane::CopyFile(source, destination);
   else
-    success = torvane::FileExists(destination) &&
-              (there == fs::file_type::regular || there == fs::file_type::symlink);
-  if (success) return true;
+    success = torvane::FileExists(destination) && !torvane::DirectoryExists(destination);
 
-  std::cerr << "Failed to copy \"" << source << "\" to \"" << destination << "\"" << std::endl;
-  // This launch would move an older release's web storage to its place for good.
-  if (relative == oldStorageFile && there == fs::file_type::regular &&
-      HoldsOlderCopy(relative, migration) && !torvane::IsCopyOf(destination, source))
-    torvane::DeleteFile(destination);
-  return false;
+  if (!success)
+    std::cerr << "Failed to copy \"" << source << "\" to \"" << destination << "\"" << std::endl;
+  return success;
 }
 
-// Brings the files below an old data directory along, breadth first, but for those that have
-// arrived before. What an older release has just put into their place is replaced all the same.
-void MigrateDirectory(Migration* migration) {
-  std::vector<std::string> work = torvane::ListDirectory(migration->old);
+// Brings the files below list[i] along, breadth first.
+void MigrateDirectory(OldDataList* list, std::size_t i) {
+  OldData& old = (*list)[i];
+  std::vector<std::string> work = torvane::ListDirectory(old.directory);
   for (std::size_t k = 0; k < work.size(); ++k) {
     const std::string relative = work[k];
-    if (torvane::IsPartName(relative.substr(relative.rfind('/') + 1))) continue;
-    const std::string source = migration->old + "/" + relative;
-    const bool isDirectory = torvane::DirectoryExists(source);
-    const std::string listed = isDirectory ? relative + "/" : relative;
-    if (migration->arrived.count(listed) != 0 && !HoldsOlderCopy(relative, *migration)) continue;
+    if (old.listed.count(relative) != 0 || torvane::IsPart(relative)) continue;
 
-    const bool isPassedOver = IsPassedOver(relative, *migration);
-    if (isDirectory && !isPassedOver) {
-      for (const std::string& name : torvane::ListDirectory(source)) work.push_back(listed + name);
-    } else if (isPassedOver || MigrateFile(relative, *migration)) {
-      if (migration->arrived.insert(listed).second) migration->isRemembered = false;
+    const std::string source = old.directory + "/" + relative;
+    const bool isLeft = IsLeftToNewer(relative, *list, i);
+    if (!isLeft && torvane::DirectoryExists(source)) {
+      for (const std::string& name : torvane::ListDirectory(source))
+        work.push_back(relative + "/" + name);
+    } else if (isLeft || MigrateFile(relative, *list, i)) {
+      old.arrived += relative + '\0';
     } else {
-      if (migration->arrived.erase(listed) != 0) migration->isRemembered = false;
-      migration->whole = false;
+      old.isComplete = false;
     }
   }
-}
-
-// Lists in the memory what has arrived. When the list is cut off, the rest is tried again.
-void Remember(const Migration& migration) {
-  const fs::file_type there = torvane::TypeAt(migration.memory);
-  const bool canList = there == fs::file_type::regular || there == fs::file_type::not_found;
-  if (migration.isRemembered || !canList) return;
-  std::string paths;
-  for (const std::string& path : migration.arrived) paths += path + '\0';
-  Touch(migration.memory, paths);
 }
 
 std::vector<std::string> RuntimeArguments(const std::string& packagePath, int argc, char** argv) {
@@ -196,30 +164,28 @@ void TakeTurn() {
 }
 
 void MigrateUserData() {
-  if (newDataDirName.empty()) return;  // it could not be told at start-up
+  if (newDataDirName.empty()) return;  // the platform did not say at start-up where it is
 
-  std::vector<Migration> migrations = DueMigrations();
-  bool isFlushDue = false;
-  for (Migration& migration : migrations) {
-    std::cout << "Migrating application data from \"" << migration.old << "\" to \""
+  OldDataList list = ReadOldData();
+  bool hasArrived = false;
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    if (list[i].isMarked) continue;
+    std::cout << "Migrating application data from \"" << list[i].directory << "\" to \""
               << newDataDirName << "\"" << std::endl;
-    MigrateDirectory(&migration);
-    isFlushDue = isFlushDue || !migration.isRemembered;
+    MigrateDirectory(&list, i);
+    hasArrived = hasArrived || !list[i].arrived.empty();
   }
-  if (isFlushDue && !torvane::Flush(newDataDirName)) {
+  if (hasArrived && !torvane::Flush(newDataDirName)) {
     std::cerr << "Failed to write \"" << newDataDirName << "\" to the disk" << std::endl;
-    for (const Migration& migration : migrations)
-      if (!migration.repeated) Touch(migration.memory, "");
+    for (const OldData& old : list)
+      if (!old.isMarked && torvane::IsMissing(old.journal)) Append(old.journal, "");
     return;
   }
-  // The memories first: what an older release has replaced is due again, also once that is marked.
-  for (const Migration& migration : migrations)
-    if (!migration.whole) Remember(migration);
-  for (const Migration& migration : migrations) {
-    if (migration.whole && Touch(migration.old + "/" + migratedFile, ""))
-      torvane::DeleteFile(migration.memory);
-    else if (migration.whole)
-      Remember(migration);
+  for (const OldData& old : list) {
+    if (old.isMarked || (old.isComplete && Append(old.marker, "")))
+      torvane::DeleteFile(old.journal);
+    else if (!old.arrived.empty() || torvane::IsMissing(old.journal))
+      Append(old.journal, old.arrived);
   }
 }
 
@@ -230,8 +196,7 @@ void MigrateLocalStorage() {
 
   const std::string paths = "\"" + source + "\" to \"" + destination + "\"";
   std::cout << "Migrating localStorage from " << paths << std::endl;
-  // Nothing is replaced when it cannot be told whether it is there.
-  if (!torvane::IsMissing(destination) || !torvane::CopyFile(source, destination)) {
+  if (!torvane::CopyFile(source, destination)) {
     std::cerr << "Failed to migrate localStorage " << paths << std::endl;
     return;
   }
@@ -271,13 +236,15 @@ void PrimeVEKRuntime() {
   }
   const std::string source = bundle + "/" + runtimes.back();
   const std::string destination = runtimeDirName + "/" + runtimes.back();
-  if (!torvane::DirectoryExists(destination) && !torvane::CopyWholeDirectory(source, destination))
+  std::error_code error;  // a user's link to a directory is the runtime, too
+  if (!std::filesystem::is_directory(destination, error) &&
+      !torvane::CopyDirectory(source, destination))
     std::cerr << "Failed to prime Vekara runtime \"" << source << "\"" << std::endl;
 }
 
 std::string LatestVEKRuntime() {
   const std::vector<std::string> runtimes = torvane::SearchDirectory(runtimeDirName, "*");
-  if (runtimes.empty() || torvane::IsPartName(runtimes.back())) return "";
+  if (runtimes.empty() || torvane::IsPart(runtimes.back())) return "";
   const std::string executable =
       runtimeDirName + "/" + runtimes.back() + "/Torvane Odrel.app/Contents/MacOS/Torvane Umo";
   return torvane::FileExists(executable) ? executable : "";

@@ -15,12 +15,9 @@ namespace {
 const std::string partStem = ".Torvane Odrel.part";
 std::string partName = partStem;
 
-// The path up to its last "/", that one excluded; empty when there is none.
-std::string Parent(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  return slash == std::string::npos ? "" : path.substr(0, slash);
-}
+std::string Parent(const std::string& path) { return fs::path(path).parent_path(); }
 
+// The part of a copy to place.
 std::string PartBeside(const std::string& place) {
   return fs::path(place).replace_filename(partName);
 }
@@ -33,33 +30,35 @@ std::string FollowLinks(fs::path path) {
   return path;
 }
 
-// Flushes the path, unless it is on the file system of unflushed. A line with told tells a failure.
-bool FlushAs(const std::string& told, const std::string& path, const std::string& unflushed) {
-  if (ShareFileSystem(path, unflushed) || Flush(path)) return true;
-  std::cerr << "Failed to write \"" << told << "\" to the disk" << std::endl;
+// Flushes what is at path, of the copy to destination. True also when the caller of the copy
+// flushes it, that is the file system of the directory callerFlushes, if that is not empty.
+bool FlushCopy(const std::string& destination, const std::string& path,
+               const std::string& callerFlushes) {
+  const bool isLeft = !callerFlushes.empty() && ShareFileSystem(path, callerFlushes);
+  if (isLeft || Flush(path)) return true;
+  std::cerr << "Failed to write \"" << destination << "\" to the disk" << std::endl;
   return false;
 }
 
-// Moves a part that is whole to its place, unless something of another type has come there since
-// the copy began. Otherwise removes it; true then only when the same copy is there already.
-bool EndCopy(bool whole, const std::string& part, const std::string& place, fs::file_type before) {
-  if (whole && TypeAt(place) == before && std::rename(part.c_str(), place.c_str()) == 0)
+// Renames a complete part, unless something of another type than before has come to its place.
+// Otherwise removes it and returns false.
+bool EndCopy(bool isComplete, const std::string& part, const std::string& place,
+             fs::file_type before) {
+  if (isComplete && TypeAt(place) == before && std::rename(part.c_str(), place.c_str()) == 0)
     return true;
-  whole = whole && ((DirectoryExists(part) && DirectoryExists(place)) || IsCopyOf(part, place));
   std::error_code error;
   fs::remove_all(part, error);
-  return whole;
+  return false;
 }
 
-// Copies the link itself, in place of nothing, a file or a link.
+// Copies the link itself, in place of anything but a directory.
 bool CopyLink(const std::string& source, const std::string& place) {
-  const fs::file_type there = TypeAt(place);
-  if (there == fs::file_type::none || fs::is_other(fs::file_status(there))) return false;
+  const fs::file_type before = TypeAt(place);
   const std::string part = PartBeside(place);
   DeleteFile(part);
   std::error_code error;
   fs::copy_symlink(source, part, error);
-  return EndCopy(!error, part, place, there);
+  return EndCopy(!error, part, place, before);
 }
 
 // Moves the bytes and closes the destination. True when the file system has taken all that was
@@ -87,48 +86,49 @@ bool ReportOutcome(bool success) {
   return success;
 }
 
-// Copies to path a file or a link to a directory. The lines tell the destination.
-bool Copy(const std::string& source, const std::string& destination, const std::string& path,
-          const std::string& unflushed) {
-  if (!DirectoryExists(Parent(path)) && !MakeDirectory(Parent(path))) {  // mostly it is there
+// Copies a file or a link to a directory. It goes to target, which differs from the destination in
+// the lines where a whole directory is copied as a part.
+bool Copy(const std::string& source, const std::string& destination, const std::string& target,
+          const std::string& callerFlushes) {
+  if (!DirectoryExists(Parent(target)) && !MakeDirectory(Parent(target))) {  // mostly it is there
     std::cerr << "CopyFile could not make directory " << Parent(destination) << std::endl;
     return false;
   }
 
   std::cerr << "Attempt CopyFile from " << source << " to " << destination << std::endl;
-  if (LinksToDirectory(source)) return ReportOutcome(CopyLink(source, path));
+  if (LinksToDirectory(source)) return ReportOutcome(CopyLink(source, target));
 
   std::error_code error;
   const std::uintmax_t size = fs::file_size(source, error);  // only files have one
   std::ifstream in;
   if (!error) in.open(source, std::ios::binary);
   if (!in.is_open()) return ReportUnopened(source, destination, false);
-  if (fs::equivalent(source, path, error)) return ReportOutcome(true);
+  if (fs::equivalent(source, target, error)) return ReportOutcome(true);
 
-  const std::string place = FollowLinks(path);
-  const fs::file_type there = TypeAt(place);
-  const bool isFile = there == fs::file_type::regular;
-  std::string made = PartBeside(place);
-  const bool isBeside = (isFile || there == fs::file_type::not_found) && CreateFile(made);
-  if (!isBeside) made = isFile && !MayChange(Parent(place)) ? place : "";
+  const std::string place = FollowLinks(target);
+  const fs::file_type before = TypeAt(place);
+  const std::string part = PartBeside(place);
+  DeleteFile(part);
+  std::ofstream out;
   // A part is appended to: ext4 writes a file that was opened to be emptied to the disk on closing.
-  std::ofstream out(made, std::ios::binary | (isBeside ? std::ios::app : std::ios::trunc));
-  if (isBeside && !out.is_open()) DeleteFile(made);
+  if (before == fs::file_type::regular || before == fs::file_type::not_found)
+    out.open(part, std::ios::binary | std::ios::app);
   if (!out.is_open()) return ReportUnopened(source, destination, true);
 
-  bool whole = Transfer(size, &in, &out);
+  SetPermissions(part, 0600);  // what others may not read they cannot read meanwhile
+  bool isComplete = Transfer(size, &in, &out);
   int mode = 0;
-  const bool hasPermissions = !GetPermissions(source, &mode) || SetPermissions(made, mode);
-  whole = whole && FlushAs(destination, made, unflushed);
-  if (isBeside)
-    whole = EndCopy(whole, made, place, there) && FlushAs(destination, place, unflushed);
-  if (hasPermissions) return ReportOutcome(whole);
+  const bool hasPermissions = !GetPermissions(source, &mode) || SetPermissions(part, mode);
+  isComplete = isComplete && FlushCopy(destination, part, callerFlushes);
+  isComplete =
+      EndCopy(isComplete, part, place, before) && FlushCopy(destination, place, callerFlushes);
+  if (hasPermissions) return ReportOutcome(isComplete);
   std::cerr << "failed during permissions xfer" << std::endl;
   return false;
 }
 
-bool CopyTree(const std::string& source, const std::string& destination, const std::string& path,
-              const std::string& unflushed) {
+bool CopyTree(const std::string& source, const std::string& destination, const std::string& target,
+              const std::string& callerFlushes) {
   if (!DirectoryExists(source)) {
     std::cerr << "CopyDirectory from does not exist: " << source << std::endl;
     return false;
@@ -142,7 +142,7 @@ bool CopyTree(const std::string& source, const std::string& destination, const s
       const std::string entry = directory + "/" + name;
       if (DirectoryExists(source + entry))
         pending.push_back(entry);
-      else if (!Copy(source + entry, destination + entry, path + entry, unflushed))
+      else if (!Copy(source + entry, destination + entry, target + entry, callerFlushes))
         return false;
     }
   }
@@ -188,31 +188,26 @@ bool IsCopyOf(const std::string& path, const std::string& original) {
   return same == size;
 }
 
-bool CopyFile(const std::string& source, const std::string& destination) {
-  return Copy(source, destination, destination, "");
-}
-
-bool CopyFileUnflushed(const std::string& source, const std::string& destination,
-                       const std::string& directory) {
-  return Copy(source, destination, destination, directory);
+bool CopyFile(const std::string& source, const std::string& destination,
+              const std::string& callerFlushes) {
+  return Copy(source, destination, destination, callerFlushes);
 }
 
 bool CopyDirectory(const std::string& source, const std::string& destination) {
-  return CopyTree(source, destination, destination, "");
-}
-
-bool CopyWholeDirectory(const std::string& source, const std::string& destination) {
-  if (TypeAt(destination) != fs::file_type::not_found) return CopyDirectory(source, destination);
+  if (TypeAt(destination) != fs::file_type::not_found)
+    return CopyTree(source, destination, destination, "");
 
   const std::string part = PartBeside(destination);
-  bool whole =
+  bool isComplete =
       DeletePart(Parent(destination)) && CopyTree(source, destination, part, Parent(destination));
-  if (whole && !FileExists(part)) return true;  // nothing comes of a tree without files
-  whole = whole && FlushAs(destination, part, "");
-  return EndCopy(whole, part, destination, fs::file_type::not_found);
+  if (isComplete && !FileExists(part)) return true;  // nothing comes of a tree without files
+  isComplete = isComplete && FlushCopy(destination, part, "");
+  return EndCopy(isComplete, part, destination, fs::file_type::not_found);
 }
 
-bool IsPartName(const std::string& name) { return (name + ".").rfind(partStem + ".", 0) == 0; }
+bool IsPart(const std::string& path) {
+  return fs::path(path).filename().string().rfind(partStem, 0) == 0;
+}
 
 void AddToPartName(const std::string& suffix) { partName += suffix; }
 

@@ -1,8 +1,9 @@
 // Questions about files, and copies of them. Nothing here throws for a failed system call. Only the
 // copy functions write lines, to standard error, those of success too.
 //
-// A copy is made in the directory that it goes to, as a part, and renamed when it is whole. So a
-// kill leaves its place as it was and at most a part beside it; so does a power cut, when flushed.
+// A copy is made under another name in the directory that it goes to, as a part, and renamed when
+// it is complete. So a kill leaves its place as it was or complete, and at most a part beside it;
+// so does a power cut, once the copy was flushed.
 #pragma once
 
 #include <filesystem>
@@ -27,10 +28,10 @@ std::string ApplicationDataDirectory(const std::string& org, const std::string& 
 // True when anything is at path, a directory too. Links are followed: one to nowhere gives false.
 bool FileExists(const std::string& path);
 
-// True when path leads to nothing, also by a link in a circle; false when that cannot be told.
+// True when path leads to nothing, links followed; false when that is unknown.
 bool IsMissing(const std::string& path);
 
-// What is at path itself, links not followed: not_found for nothing, none when it cannot be told.
+// What is at path itself, links not followed: not_found for nothing, none when that is unknown.
 std::filesystem::file_type TypeAt(const std::string& path);
 
 // True when path itself is a directory. Links are not followed: one to a directory gives false.
@@ -39,7 +40,7 @@ bool DirectoryExists(const std::string& path);
 // True when path itself is a link, and leads to a directory.
 bool LinksToDirectory(const std::string& path);
 
-// True when both lead to files, not one file, with the same bytes; false when that cannot be told.
+// True when both lead to files, not one file, with the same bytes; false when that is unknown.
 bool IsCopyOf(const std::string& path, const std::string& original);
 
 // True when both paths, links followed, lead to the same file system.
@@ -48,7 +49,7 @@ bool ShareFileSystem(const std::string& path, const std::string& other);
 // Removes a file, or a link and not what it points to; false on failure and for a directory.
 bool DeleteFile(const std::string& path);
 
-// The names of all entries but "." and "..", in ascending byte order; empty on failure.
+// The names of all entries but "." and "..", in ascending byte order; none, or not all, on failure.
 std::vector<std::string> ListDirectory(const std::string& directory);
 
 // The names of ListDirectory that match the shell pattern. Letter case is ignored, "*" and "?"
@@ -60,36 +61,24 @@ std::vector<std::string> SearchDirectory(const std::string& directory, const std
 // "/". Whatever exists already is accepted, so true does not say that path is a directory.
 bool MakeDirectory(const std::string& path);
 
-// Creates an empty file of the mode 0600 in place of nothing, a file or a link; false on failure.
-bool CreateFile(const std::string& path);
-
-// True when the directory, links followed, may be written to.
-bool MayChange(const std::string& directory);
-
 // Copies the bytes and permission bits of a file, links followed, creating missing parents of the
 // destination (taken as absolute). Links there are followed and stay; a file is replaced, anything
-// else fails. A link to a directory is copied as a link, which replaces a link too and is not
-// flushed. True when the whole copy is in its place and on the disk, or both are one file. A
-// failure leaves the place as it was, unless only the permissions or the flush of the new name have
-// failed, or the directory may not be changed: then a file in it is written itself.
-bool CopyFile(const std::string& source, const std::string& destination);
-
-// The same, but what comes to the directory's file system is not on the disk: until the caller
-// flushes that, a power cut may cut it short.
-bool CopyFileUnflushed(const std::string& source, const std::string& destination,
-                       const std::string& directory);
+// else fails. A link to a directory is copied as a link, in place of anything but a directory. True
+// when the copy is complete and on the disk (a link need not be), or both are one file. A failure
+// leaves the place as it was; only when the permissions cannot be applied, or the new name cannot
+// be flushed, the complete copy is there. Unless it is empty, callerFlushes is a directory whose
+// file system the caller flushes: until then a power cut may cut short a copy on that.
+bool CopyFile(const std::string& source, const std::string& destination,
+              const std::string& callerFlushes = "");
 
 // Copies every file below a directory to the same relative path below destination; directories come
 // into being only as their parents. Links are never entered; a directory that cannot be listed
-// counts as empty. False when source is no directory, and at the first file that fails.
+// counts as empty. False when source is no directory, and at the first file that fails. All or
+// nothing, unless something, even a link, is at destination.
 bool CopyDirectory(const std::string& source, const std::string& destination);
 
-// The same, but all or nothing unless something, even a link, is at destination. True also when
-// another process has put a directory there meanwhile.
-bool CopyWholeDirectory(const std::string& source, const std::string& destination);
-
-// True for the name of a part, also of another process.
-bool IsPartName(const std::string& name);
+// True when the path's last name begins like that of a part, of any process.
+bool IsPart(const std::string& path);
 
 // Adds to the name of this process's parts, where others may be making theirs.
 void AddToPartName(const std::string& suffix);

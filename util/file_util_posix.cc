@@ -3,12 +3,13 @@
 #include <fnmatch.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <thread>
 
 #include "util/file_util.h"
 #include "util/string_util.h"
@@ -48,7 +49,7 @@ bool FileExists(const std::string& path) { return access(path.c_str(), F_OK) == 
 
 bool IsMissing(const std::string& path) {
   struct stat info;
-  return stat(path.c_str(), &info) != 0 && (errno == ENOENT || errno == ENOTDIR || errno == ELOOP);
+  return stat(path.c_str(), &info) != 0 && (errno == ENOENT || errno == ENOTDIR);
 }
 
 bool DirectoryExists(const std::string& path) {
@@ -57,9 +58,9 @@ bool DirectoryExists(const std::string& path) {
 }
 
 bool ShareFileSystem(const std::string& path, const std::string& other) {
-  struct stat info, otherInfo;
-  return stat(path.c_str(), &info) == 0 && stat(other.c_str(), &otherInfo) == 0 &&
-         info.st_dev == otherInfo.st_dev;
+  struct stat info, others;
+  return stat(path.c_str(), &info) == 0 && stat(other.c_str(), &others) == 0 &&
+         info.st_dev == others.st_dev;
 }
 
 bool DeleteFile(const std::string& path) { return unlink(path.c_str()) == 0; }
@@ -97,16 +98,6 @@ bool MakeDirectory(const std::string& path) {
   return true;
 }
 
-bool CreateFile(const std::string& path) {
-  DeleteFile(path);
-  const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-  if (file < 0) return false;
-  fchmod(file, 0600);  // whatever the creation mask is; a file system may have no permissions
-  return close(file) == 0;
-}
-
-bool MayChange(const std::string& directory) { return access(directory.c_str(), W_OK | X_OK) == 0; }
-
 bool GetPermissions(const std::string& path, int* mode) {
   struct stat info;
   if (stat(path.c_str(), &info) != 0) return false;
@@ -130,11 +121,10 @@ bool Flush(const std::string& path) {
 
 bool LockDirectory(const std::string& path, int seconds) {
   const int directory = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  constexpr timespec pause = {0, 10000000};  // a hundredth of a second
-  int pauses = 100 * seconds;
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
   while (flock(directory, LOCK_EX | LOCK_NB) != 0) {
-    if (errno != EWOULDBLOCK || pauses-- == 0) return false;
-    nanosleep(&pause, nullptr);
+    if (errno != EWOULDBLOCK || std::chrono::steady_clock::now() >= end) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
   return true;  // held as long as it is open
 }
