@@ -1,17 +1,17 @@
 // The steps of a launch, in their order. Before them main makes the application data directory,
-// after them it starts the runtime. Failures are told; no package and no runtime end the launch.
+// after them it starts the runtime. Failures are reported; no package and no runtime end a launch.
 #pragma once
 
 #include <string>
 
-// The document that the runtime is told to open; empty when there is none.
+// The document that the runtime is to open; empty when there is none.
 extern std::string fileToOpen;
 
 // Makes path that document, in place of any earlier one. Called by the platform layer.
 void SetFileToOpen(std::string path);
 
-// Waits a minute at most for other launches with the same data, and removes the parts that killed
-// ones have left. Otherwise this launch's parts get a name of their own.
+// Waits a minute at most for other launches with the same data to end, and removes the parts that
+// killed ones have left. Failing that, this launch's parts get a name of their own.
 void TakeTurn();
 
 // Brings the data of earlier releases along, and marks the old data directories that have arrived.
@@ -26,7 +26,7 @@ void PrimeUmoFile();
 // The name of the app package to load, the greatest that fits the version file; empty when none.
 std::string LatestOdrelUmoFile();
 
-// Copies the bundle's greatest-named runtime, unless a directory of its name is there already.
+// Copies the bundle's greatest-named runtime, unless a directory or a link to one has its name.
 void PrimeVEKRuntime();
 
 // The path of the executable in the greatest-named runtime; empty when that one has none.

@@ -62,7 +62,7 @@ bool CopyLink(const std::string& source, const std::string& place) {
 }
 
 // Moves the bytes and closes the destination. True when the file system has taken all that was
-// read, which is no less than the size. The streams' flags alone do not tell: an empty source sets
+// read, which is no less than the size. The streams' flags alone do not say: an empty source sets
 // one, a read error may not.
 bool Transfer(std::uintmax_t size, std::ifstream* in, std::ofstream* out) {
   *out << in->rdbuf();
@@ -86,8 +86,8 @@ bool ReportOutcome(bool success) {
   return success;
 }
 
-// Copies a file or a link to a directory. It goes to target, which differs from the destination in
-// the lines where a whole directory is copied as a part.
+// Copies a file or a link to a directory to target. That is the destination, which the lines name,
+// or, while a whole directory is still a part, the same place below that.
 bool Copy(const std::string& source, const std::string& destination, const std::string& target,
           const std::string& callerFlushes) {
   if (!DirectoryExists(Parent(target)) && !MakeDirectory(Parent(target))) {  // mostly it is there

@@ -12,7 +12,7 @@
 
 namespace torvane {
 
-// The full path of the running executable, as the platform tells it; empty when it cannot.
+// The full path of the running executable, as the platform gives it; empty when it cannot.
 std::string ExecutableFile();
 
 // ExecutableFile() up to its last "/", that one excluded; unchanged when there is none.
