@@ -1,60 +1,34 @@
-# A first launch brings everything along, in this order. Packages and version file are links, as in
-# a bundle that can be signed.
-set -e; source "$(dirname "$0")/launch.sh"
-put 0/settings old; put 1/settings new; put 1/.hidden; put 2/qrc__0.localstorage storage
-put 1/projects/a/p text; put 1/projects/q; chmod 640 1/projects/q
-mkdir B/MacOS; mv B/odrel B/MacOS; link B/odrel MacOS/odrel
-put B/Resources/mrd-1.umo; put B/Resources/mrd-2.umo; put B/Resources/version.txt 1
-for name in mrd-1.umo mrd-2.umo version.txt; do link B/MacOS/$name ../Resources/$name; done
-runtime B/MacOS/vek-1; put B/MacOS/vek-1/z; put B/MacOS/vek-0/older
-put B/MacOS/vek-1/F/Versions/A/Resources/r  # a framework
-link B/MacOS/vek-1/F/Versions/Current A; link B/MacOS/vek-1/F/Resources Versions/Current/Resources
-cat >first <<'END'
-+ Dianostics: ON
-+ Migrating application data from "0" to "A"
-+ Migrating application data from "1" to "A"
-+ Migrating application data from "2" to "A"
-+ Migrating localStorage from "A/qrc__0.localstorage" to "A/Local Storage/umop__0.localstorage"
-+ Loading Odrel package "A/mrd-1.umo"
-+ Loading Vekara at "A/runtime/vek-1/EXE"
-0/settings => A/settings
-1/.hidden => A/.hidden
-1/settings => A/settings
-1/projects/q => A/projects/q
-1/projects/a/p => A/projects/a/p
-2/qrc__0.localstorage => A/qrc__0.localstorage
-A/qrc__0.localstorage => A/Local Storage/umop__0.localstorage
-A/qrc__0.localstorage => A/qrc__0.localstorage_migrated
-Priming A/mrd-1.umo
-B/MacOS/mrd-1.umo => A/mrd-1.umo
-Priming A/mrd-2.umo
-B/MacOS/mrd-2.umo => A/mrd-2.umo
-B/MacOS/vek-1/z => A/runtime/vek-1/z
-B/MacOS/vek-1/EXE => A/runtime/vek-1/EXE
-B/MacOS/vek-1/F/Resources => A/runtime/vek-1/F/Resources
-B/MacOS/vek-1/F/Versions/Current => A/runtime/vek-1/F/Versions/Current
-B/MacOS/vek-1/F/Versions/A/Resources/r => A/runtime/vek-1/F/Versions/A/Resources/r
--- exit code 0
-A/runtime/vek-1 with A/mrd-1.umo
-...
-> 0/migrated 644 0 ""
-> 1/migrated 644 0 ""
-> 2/migrated 644 0 ""
-> A/.hidden 644 0 ""
-> A/Local Storage/umop__0.localstorage 644 7 "stora"
-> A/mrd-1.umo 644 0 ""
-> A/mrd-2.umo 644 0 ""
-> A/projects/a/p 644 4 "text"
-> A/projects/q 640 0 ""
-> A/qrc__0.localstorage_migrated 644 7 "stora"
-> A/runtime/vek-1/EXE 755
-> A/runtime/vek-1/F/Resources -> Versions/Current/Resources
-> A/runtime/vek-1/F/Versions/A/Resources/r 644 0 ""
-> A/runtime/vek-1/F/Versions/Current -> A
-> A/runtime/vek-1/z 644 0 ""
-> A/settings 644 3 "new"
-END
-expect launch_and_changes <first
+source "$(dirname "$0")/launch.sh"
 
-# The second one has nothing to do.
-grep -Ev '=>|^>|^\+ Migrating' first | expect launch_and_changes
+scenario 'A first launch brings everything along, in this order, and a second one has nothing to do'
+rm -r U/*; put 0/settings old; put 1/settings new; put 1/.hidden; put 2/qrc__0.localstorage storage
+put 1/projects/a/p text; chmod 700 1/projects; put 1/projects/q; chmod 640 1/projects/q; dir 1/empty
+for name in mrd-1.umo mrd-2.umo; do put B/Resources/$name $name; link B/$name Resources/$name; done
+put B/mrd-3.umo.old; put B/vek-0/older; runtime B/vek-1; put B/vek-1/z; dir B/vek-1/empty
+put B/vek-1/F/Versions/A/r; link B/vek-1/F/Versions/Current A  # a framework
+storage='"A/qrc__0.localstorage" to "A/Local Storage/umop__0.localstorage"'
+first='
+migrating 0; brought settings
+migrating 1; brought .hidden settings projects/q projects/a/p
+migrating 2; brought qrc__0.localstorage
+put 0/migrated; put 1/migrated; put 2/migrated
+echo "Migrating localStorage from $storage"
+copied A/qrc__0.localstorage "A/Local Storage/umop__0.localstorage"
+copied A/qrc__0.localstorage A/qrc__0.localstorage_migrated; rm A/qrc__0.localstorage
+echo Priming A/mrd-1.umo; copied B/mrd-1.umo A/mrd-1.umo
+echo Priming A/mrd-2.umo; copied B/mrd-2.umo A/mrd-2.umo
+echo Loading Odrel package \"A/mrd-2.umo\"
+copied B/vek-1/z A/runtime/vek-1/z
+copied "B/vek-1/$EXE" "A/runtime/vek-1/$EXE"
+copied B/vek-1/F/Versions/Current A/runtime/vek-1/F/Versions/Current
+copied B/vek-1/F/Versions/A/r A/runtime/vek-1/F/Versions/A/r
+echo Loading Vekara at \"A/runtime/vek-1/EXE\"
+started vek-1 mrd-2.umo'
+(umask 0; launch "$first")  # modes are the launcher's choice
+rm -r A/* ?/migrated; shows_progress_on_standard_output
+launch "$(grep -E '^(echo (Priming|Loading)|started)' <<<"$first" | sed 's/; .*//')"
+
+scenario 'What a release does not have, and what is no old data directory, stays as it is'
+dir 0/empty; put 1/migrated/x; put 1/f old; put D/f old; put A/mine mine
+ln -s ../../D 'U/Torvane, Inc./Torvane Odrel 2.2'
+launch 'migrating 0; marked 0'

@@ -1,76 +1,95 @@
-# Sourced by every test, with the launcher as the argument. Makes a directory for the test alone: in
-# it, and in all that is compared, B is the bundle, U the user data directory, A the application's
-# in it, and 0, 1 and 2 are the old data directories of the releases 2.0, 2.1 and 2.2.
-#
-# A launch is shown as its output, each line behind a "+", its errors, the exit code, and what the
-# runtime received: "RUNTIME with PACKAGE" for the launcher's options, then all else, and "..." for
-# the last option and U in the environment. What changes in U follows, "<" before and ">" after it:
-# files with mode, size and first bytes, links with "->", pipes with "|", empty directories with
-# "/". STAGED is the name of a copy that is not whole, EXE a runtime's executable, "X => Y" are the
-# lines of a copy, "X => Y: not whole" those of one that fails, ": no rights" when permissions
-# cannot be applied, ": no source" or ": no place" when that side cannot be opened; "; told" stands
-# for the line 'Failed to copy "X" to "Y"'.
-set -euo pipefail
-export LC_ALL=C; umask 022
-tests=$(realpath "$(dirname "$0")") launcher=$(realpath "$1") root=$(mktemp -d)
-trap 'rm -rf "$root"' EXIT
-cd "$root"
-mkdir B U; mkfifo record; cp "$launcher" B/odrel; ln -s 'U/Torvane/Torvane Odrel 2.2' A
+# Sourced by every test, with the launcher as the argument. Short names, in a test as in what it
+# compares: B is the bundle, U the user data directory, A the application's in it; 0, 1 and 2 are
+# the old data directories of 2.0, 2.1 and 2.2; D is a directory on another disk; EXE is the path of
+# a runtime's executable in the runtime, and PART the name of a copy in the making.
+set -euo pipefail; export LC_ALL=C; umask 022
+tests=$(realpath "$(dirname "$0")") launcher=$(realpath "$1")
+root=$(mktemp -d) disk=$(mktemp -d -p /dev/shm)
+trap '[ $? = 0 ] || echo "This does not hold: $title"; rm -rf "$root" "$disk"' EXIT
+cd "$root"; mkfifo record; ln -s "$disk" D; ln -s 'U/Torvane/Torvane Odrel 2.2' A
 for i in 0 1 2; do ln -s "U/Torvane, Inc./Torvane Odrel 2.$i" $i; done
-environment=(XDG_DATA_HOME="$root/U")
+EXE='Torvane Odrel.app/Contents/MacOS/Torvane Umo'
 
-put() { mkdir -p "$(readlink -m "${1%/*}")"; printf %s "${2-}" >"$1"; } # FILE [TEXT]
-link() { put "$1"; ln -sf "$2" "$1"; } # LINK TEXT
-runtime() { # DIRECTORY
-  install -D "$tests/runtime" "$(readlink -m "$1")/Torvane Odrel.app/Contents/MacOS/Torvane Umo"
+# What is there.
+scenario() { # SENTENCE that must hold; it begins with nothing but a package and a runtime in A
+  title=$1 environment=(XDG_DATA_HOME="$root/U") arguments=() received=()
+  rm -rf B U; find D/ -mindepth 1 -delete
+  mkdir B U; cp "$launcher" B/odrel; put A/mrd-1.umo; runtime A/runtime/vek-1
+}
+dir() { (umask 022; mkdir -p "$(readlink -m "$1")"); } # DIRECTORY
+put() { dir "${1%/*}"; printf %b "${2-}" >"$1"; } # FILE [TEXT with escapes]
+large() { put "$1" "$(printf %040000d)$1"; } # FILE that a full disk does not take
+link() { dir "${1%/*}"; ln -sfn "$2" "$1"; } # LINK TEXT
+runtime() { dir "$1/${EXE%/*}"; cp "$tests/runtime" "$1/$EXE"; } # DIRECTORY
+listed() { put "A/Torvane Odrel 2.$1.unmarked" "${2-}"; } # RELEASE ['PATH\0...']
+marked() { put "$1/migrated"; rm -f "A/Torvane Odrel 2.$1.unmarked"; } # RELEASE
+
+# What a launch does: it does the same to the files, and writes the same lines.
+migrating() { release=$1; echo "Migrating application data from \"$1\" to \"A\""; } # RELEASE
+brought() { for file; do copied $release/"$file" A/"$file"; done; } # FILE...
+copied() { # FILE PLACE
+  printf '%s\n' "Attempt CopyFile from $1 to $2" 'CopyFile success: 1'
+  dir "${2%/*}"
+  if [ -d "$1" ]; then link "$2" "$(readlink "$1")"
+  else cp --remove-destination --preserve=mode "$1" "$(readlink -m "$2")"; fi
+}
+not_brought() { # no_source|no_place|incomplete FILE...
+  for file in "${@:2}"; do $1 $release/"$file" A/"$file"; not_tried "$file"; done
+}
+not_tried() { echo "Failed to copy \"$release/$1\" to \"A/$1\""; } # FILE
+incomplete() { printf '%s\n' "Attempt CopyFile from $1 to $2" 'CopyFile success: 0'; } # FILE PLACE
+no_source() { not_opened "$@" 0 1; } # FILE PLACE
+no_place() { not_opened "$@" 1 0; } # FILE PLACE
+not_opened() { # FILE PLACE whether the FILE is opened, and the PLACE
+  printf '%s\n' "Attempt CopyFile from $1 to $2" "failed copy $1 to $2" \
+    "src good: $3 dest good: $4" "src state: fail $4 bad 0" "dest state: fail $3 bad 0"
+}
+started() { # RUNTIME PACKAGE
+  printf '%s\n' 'exit code 0' "A/runtime/$1/EXE" '--umo-entry-url=umop:///index.html?production' \
+    "--umo-file=A/$2" --umo-enable-logging --umo-log-level=0 --odrel=B/odrel "${received[@]}" \
+    --disable-accelerated-compositing "${environment[@]}"
+}
+as_usual() { # [RUNTIME PACKAGE]: with nothing in the bundle
+  printf '%s\n' 'Unable to find an Odrel app package to prime' \
+    "Loading Odrel package \"A/${2-mrd-1.umo}\"" 'Unable to find a Vekara runtime to prime' \
+    "Loading Vekara at \"A/runtime/${1-vek-1}/EXE\""
+  started "${1-vek-1}" "${2-mrd-1.umo}"
+}
+no_package() { # in A and in the bundle
+  as_usual | sed '2,$c Unable to find an Odrel app package on the system\nexit code 2'
 }
 
-odrel() { timeout 10 env -i "${environment[@]}" B/odrel "$@"; } # ARGUMENT...
-
-# Shortens paths, and puts lines that belong together on one. All others stay: nothing gets lost.
-short() {
-  local copy='Attempt CopyFile from ([^\n]*) to ([^\n]*)\n'
-  local failed="${copy}failed copy \\1 to \\2\nsrc good"
-  local no_source="$failed: 0 dest good: 1\nsrc state: fail 1 bad 0\ndest state: fail 0 bad 0"
-  local no_place="$failed: 1 dest good: 0\nsrc state: fail 0 bad 0\ndest state: fail 1 bad 0"
-  local options='--umo-enable-logging\n--umo-log-level=0\n--odrel=B/odrel'
-  sed -Ez "s,$root/,,g; s,B(/0+|/MacOS)*/odrel,B/odrel,g
-    s|U/Torvane, Inc./Torvane Odrel 2.([012])|\1|g; s,U/Torvane/Torvane Odrel 2.2,A,g
-    s,Torvane Odrel.app/Contents/MacOS/Torvane Umo,EXE,g; s,\.Torvane Odrel\.part,STAGED,g
-    s,${copy}CopyFile success: 1,\1 => \2,g; s,${copy}CopyFile success: 0,\1 => \2: not whole,g
-    s,${copy}failed during permissions xfer,\1 => \2: no rights,g
-    s,$no_source,\1 => \2: no source,g; s,$no_place,\1 => \2: no place,g
-    s,([^\n]*) => ([^\n]*): ([a-z ]*)\nFailed to copy \"\1\" to \"\2\",\1 => \2: \3; told,g
-    s,/EXE\n--umo-entry-url=umop:///index.html\?production\n--umo-file=([^\n]*)\n$options, with \1,
-    s,--disable-accelerated-compositing\nXDG_DATA_HOME=U\n,...\n,"
+odrel() {
+  (ulimit -f "${blocks-unlimited}"; timeout 20 env -i "${environment[@]}" B/odrel "${arguments[@]}")
 }
+full_disk() { blocks=32 "$@"; } # COMMAND...
 
-launch() { # ARGUMENT...
+# Fails unless a launch shows the lines of the COMMANDS, both streams in one, then its exit code and
+# what the runtime receives, and leaves the files as the COMMANDS leave a copy of them. First comes
+# the line "Dianostics: ON", and last, when no COMMAND writes an exit code, what "as_usual" writes.
+launch() { # COMMANDS
   local code=0
-  odrel "$@" >out 2>err || code=$?
-  { sed 's/^/+ /' out; cat err; echo "-- exit code $code"; [ $code != 0 ] || cat record; } | short
+  rm -rf after; mkdir after; cp -a B U A [012] after; cp -a D/ after/D
+  (cd after; echo 'Dianostics: ON'; eval "$1") >expected
+  grep -q '^exit code' expected || as_usual >>expected
+  odrel </dev/null >lines 2>&1 || code=$?
+  { cat lines; echo "exit code $code"; [ $code != 0 ] || timeout 20 cat record || :; tree; } >shown
+  diff -U2 --label expected --label shown <({ cat expected; cd after; tree; } | short) \
+    <(short <shown) | cut -c 1-150
 }
 
-# Shows what is in U, but for the content of runtimes and memories.
+# Fails unless a launch like the last one has its progress, and only that, on standard output.
+shows_progress_on_standard_output() {
+  if odrel >out 2>err; then cat record >shown; fi
+  diff <(grep -E '^(Dianostics: |Migrating |Loading )' lines) out; diff <(grep -vxFf out lines) err
+}
+
+# Type, mode and text of links of all that is in B, U and D, and the content of what is no program.
 tree() {
-  find U -type l -printf '%p -> %l\n' -o -type p -printf '%p|\n' -o -type d -empty -printf '%p/\n' \
-    -o -type f \( -name 'Torvane Umo' -o -name '*.unmarked' \) -printf '%p %m\n' \
-    -o -type f -printf '%p %m %s "' -exec head -c 5 {} ';' -printf '"\n' | tr '\0' . | short | sort
+  find -H B U D -printf '%p %y %m %l\n' | sort
+  find -H B U D -type f ! -perm -100 -print0 | sort -z | xargs -0r tail -v -n +1 | tr '\0' '|'
 }
-
-launch_and_changes() { tree >before; launch; tree | diff before - | grep '^[<>]' || true; }
-
-# What a launch shows that has no bundle to copy from, and one that has no package either.
-started() { # PACKAGE RUNTIME ARGUMENT...
-  printf '%s\n' '+ Dianostics: ON' "+ Loading Odrel package \"A/$1\"" \
-    "+ Loading Vekara at \"A/runtime/$2/EXE\"" 'Unable to find an Odrel app package to prime' \
-    'Unable to find a Vekara runtime to prime' '-- exit code 0' \
-    "A/runtime/$2 with A/$1" "${@:3}" ...
+short() {
+  sed -E "s,$root/,,g; s,U/Torvane/Torvane Odrel 2.2,A,g; s,$EXE,EXE,g
+    s|U/Torvane, Inc./Torvane Odrel 2.([012])|\1|g; s,\.Torvane Odrel\.part,PART,g"
 }
-no_package() {
-  printf '%s\n' '+ Dianostics: ON' 'Unable to find an Odrel app package to prime' \
-    'Unable to find an Odrel app package on the system' '-- exit code 2'
-}
-
-# Fails unless the command shows what is on standard input.
-expect() { "$@" </dev/null >shown; diff - shown; } # COMMAND...
