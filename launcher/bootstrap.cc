@@ -167,15 +167,16 @@ void MigrateUserData() {
   if (newDataDirName.empty()) return;  // the platform did not say at start-up where it is
 
   OldDataList list = ReadOldData();
-  bool hasArrived = false;
+  bool isFlushDue = false;
   for (std::size_t i = 0; i < list.size(); ++i) {
     if (list[i].isMarked) continue;
     std::cout << "Migrating application data from \"" << list[i].directory << "\" to \""
               << newDataDirName << "\"" << std::endl;
     MigrateDirectory(&list, i);
-    hasArrived = hasArrived || !list[i].arrived.empty();
+    // What has failed in a first try may be in its place all the same, without its permissions.
+    isFlushDue = isFlushDue || IsFirstTry(list[i]) || !list[i].arrived.empty();
   }
-  if (hasArrived && !torvane::Flush(newDataDirName)) {
+  if (isFlushDue && !torvane::Flush(newDataDirName)) {
     std::cerr << "Failed to write \"" << newDataDirName << "\" to the disk" << std::endl;
     for (const OldData& old : list)
       if (!old.isMarked && torvane::IsMissing(old.journal)) Append(old.journal, "");

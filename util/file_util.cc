@@ -34,8 +34,7 @@ std::string FollowLinks(fs::path path) {
 // flushes it, that is the file system of the directory callerFlushes, if that is not empty.
 bool FlushCopy(const std::string& destination, const std::string& path,
                const std::string& callerFlushes) {
-  const bool isLeft = !callerFlushes.empty() && ShareFileSystem(path, callerFlushes);
-  if (isLeft || Flush(path)) return true;
+  if ((!callerFlushes.empty() && ShareFileSystem(path, callerFlushes)) || Flush(path)) return true;
   std::cerr << "Failed to write \"" << destination << "\" to the disk" << std::endl;
   return false;
 }
