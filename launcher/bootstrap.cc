@@ -3,8 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstddef>
-#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <unordered_set>
@@ -94,9 +92,8 @@ bool HoldsOlderCopy(const std::string& relative, const OldDataList& list, std::s
   const auto isCopied = [&relative](const OldData& old) {
     return torvane::IsCopyOf(newDataDirName + "/" + relative, old.directory + "/" + relative);
   };
-  const OldData* const first = list.data();
-  return std::any_of(first, first + i, isCopied) &&
-         std::none_of(first + i, first + list.size(), isCopied);
+  return std::any_of(list.data(), list.data() + i, isCopied) &&
+         std::none_of(list.data() + i, list.data() + list.size(), isCopied);
 }
 
 // Brings a file of list[i] along; false, said on standard error, when that fails. After the first
@@ -187,6 +184,7 @@ void MigrateUserData() {
       torvane::DeleteFile(old.journal);
     else if (!old.arrived.empty() || torvane::IsMissing(old.journal))
       Append(old.journal, old.arrived);
+    if (IsFirstTry(old)) return;  // newer ones' files are to come again after its own
   }
 }
 
@@ -237,8 +235,7 @@ void PrimeVEKRuntime() {
   }
   const std::string source = bundle + "/" + runtimes.back();
   const std::string destination = runtimeDirName + "/" + runtimes.back();
-  std::error_code error;  // a user's link to a directory is the runtime, too
-  if (!std::filesystem::is_directory(destination, error) &&
+  if (!torvane::DirectoryExists(destination) && !torvane::LinksToDirectory(destination) &&
       !torvane::CopyDirectory(source, destination))
     std::cerr << "Failed to prime Vekara runtime \"" << source << "\"" << std::endl;
 }

@@ -1,5 +1,7 @@
 #include "util/file_util.h"
 
+#include <sys/stat.h>
+
 #include <cstdio>
 #include <cstring>
 #include <deque>
@@ -108,13 +110,14 @@ bool Copy(const std::string& source, const std::string& destination, const std::
   const fs::file_type before = TypeAt(place);
   const std::string part = PartBeside(place);
   DeleteFile(part);
+  const mode_t mask = umask(077);  // nobody else may read the part meanwhile
   std::ofstream out;
   // A part is appended to: ext4 writes a file that was opened to be emptied to the disk on closing.
   if (before == fs::file_type::regular || before == fs::file_type::not_found)
     out.open(part, std::ios::binary | std::ios::app);
+  umask(mask);
   if (!out.is_open()) return ReportUnopened(source, destination, true);
 
-  SetPermissions(part, 0600);  // what others may not read they cannot read meanwhile
   bool isComplete = Transfer(size, &in, &out);
   int mode = 0;
   const bool hasPermissions = !GetPermissions(source, &mode) || SetPermissions(part, mode);
@@ -205,7 +208,7 @@ bool CopyDirectory(const std::string& source, const std::string& destination) {
 }
 
 bool IsPart(const std::string& path) {
-  return fs::path(path).filename().string().rfind(partStem, 0) == 0;
+  return (fs::path(path).filename().string() + ".").rfind(partStem + ".", 0) == 0;
 }
 
 void AddToPartName(const std::string& suffix) { partName += suffix; }

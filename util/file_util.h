@@ -77,7 +77,7 @@ bool CopyFile(const std::string& source, const std::string& destination,
 // nothing, unless something, even a link, is at destination.
 bool CopyDirectory(const std::string& source, const std::string& destination);
 
-// True when the path's last name begins like that of a part, of any process.
+// True when the path's last name is that of a part, of any process.
 bool IsPart(const std::string& path);
 
 // Adds to the name of this process's parts, where others may be making theirs.
