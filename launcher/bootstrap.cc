@@ -23,6 +23,7 @@ const std::string storageDirName = newDataDirName + "/Local Storage";
 const std::string runtimeDirName = newDataDirName + "/runtime";
 const std::string oldStorageFile = "qrc__0.localstorage";
 const std::string migratedFile = "migrated";
+std::string fileToOpen;  // the document, empty when there is none
 
 const char* const oldDataDirNames[] = {"Torvane Odrel 2.0", "Torvane Odrel 2.1",
                                        "Torvane Odrel 2.2", nullptr};
@@ -36,8 +37,8 @@ bool Append(const std::string& path, const std::string& content) {
   return false;
 }
 
-// An old data directory. The relative paths of what has arrived are listed in the journal, until
-// all has: then the marker takes its place.
+// An old data directory. The relative paths of what has arrived, or was left to a newer release,
+// are listed in the journal, until these are all: then the marker takes its place.
 struct OldData {
   std::string directory;
   std::string marker;   // an empty file in the directory
@@ -49,7 +50,8 @@ struct OldData {
 };
 using OldDataList = std::vector<OldData>;
 
-// The old data directories that exist, the oldest release's first.
+// The old data directories that exist, the oldest release's first. Marked ones matter to the
+// others.
 OldDataList ReadOldData() {
   OldDataList list;
   for (int i = 0; i < 3; ++i) {
@@ -71,7 +73,8 @@ OldDataList ReadOldData() {
   return list;
 }
 
-// True until a launch has tried everything once; another one may do so while this one copies.
+// True until a launch has tried everything once. Asked again for each file, because a launch that
+// has not waited for this one may do so meanwhile.
 bool IsFirstTry(const OldData& old) {
   return torvane::IsMissing(old.marker) && torvane::IsMissing(old.journal);
 }
@@ -148,8 +151,6 @@ std::vector<std::string> RuntimeArguments(const std::string& packagePath, int ar
 
 }  // namespace
 
-std::string fileToOpen;
-
 void SetFileToOpen(std::string path) { fileToOpen = std::move(path); }
 
 void TakeTurn() {
@@ -161,8 +162,6 @@ void TakeTurn() {
 }
 
 void MigrateUserData() {
-  if (newDataDirName.empty()) return;  // the platform did not say at start-up where it is
-
   OldDataList list = ReadOldData();
   bool isFlushDue = false;
   for (std::size_t i = 0; i < list.size(); ++i) {
@@ -170,7 +169,7 @@ void MigrateUserData() {
     std::cout << "Migrating application data from \"" << list[i].directory << "\" to \""
               << newDataDirName << "\"" << std::endl;
     MigrateDirectory(&list, i);
-    // What has failed in a first try may be in its place all the same, without its permissions.
+    // A first try may leave what has failed, a later one find what a launch could not flush.
     isFlushDue = isFlushDue || IsFirstTry(list[i]) || !list[i].arrived.empty();
   }
   if (isFlushDue && !torvane::Flush(newDataDirName)) {

@@ -1,13 +1,12 @@
-// The steps of a launch, in their order. Before them main makes the application data directory,
-// after them it starts the runtime. Failures are reported; no package and no runtime end a launch.
+// The steps of a launch, in their order. Before them main receives open requests and makes the
+// application data directory, after them it starts the runtime. Failures are reported; only a
+// missing package or runtime ends the launch.
 #pragma once
 
 #include <string>
 
-// The document that the runtime is to open; empty when there is none.
-extern std::string fileToOpen;
-
-// Makes path that document, in place of any earlier one. Called by the platform layer.
+// Makes path the document that the runtime is to open, in place of any earlier one. Called by the
+// platform layer.
 void SetFileToOpen(std::string path);
 
 // Waits a minute at most for other launches with the same data to end, and removes the parts that

@@ -13,13 +13,14 @@ launch 'migrating 0; brought file link no-size to-file; marked 0'
 
 scenario 'Of a link to a directory and something else only the newest comes'
 link 0/was-link ../../../D; put 1/was-link/f new; put 0/is-link/f old; link 1/is-link ../../../D
-link 0/nowhere no/where
+put 2/other; link 0/nowhere no/where
 launch '
 migrating 0; not_brought no_source nowhere
 migrating 1; brought is-link was-link/f
-listed 0 "is-link\0was-link\0"; marked 1'
-rm -r 1/* 0/nowhere
-launch 'migrating 0; migrating 1; marked 0; marked 1'
+migrating 2; brought other
+listed 0 "is-link\0was-link\0"; marked 1; marked 2'
+rm -r 1/*-link 0/nowhere
+launch 'migrating 0; marked 0'
 
 scenario 'What has no place is tried again; anything but a directory is the application'\''s then'
 put 0/circle old; link A/circle circle; put 0/directory old; put A/directory/f mine
@@ -28,11 +29,11 @@ put 0/pipe old; mkfifo A/pipe
 launch '
 migrating 0; not_brought no_place circle directory; not_brought incomplete link
 not_brought no_place pipe
-echo CopyFile could not make directory A/file/deep; not_tried file/deep/f
+echo CopyFile could not make directory A/file/deep; failed file/deep/f
 listed 0'
 rm A/circle A/file
 launch '
-migrating 0; brought circle; not_tried directory; not_tried link; brought file/deep/f
+migrating 0; brought circle; failed directory; failed link; brought file/deep/f
 listed 0 "circle\0pipe\0file/deep/f\0"'
 
 scenario 'What has no source is tried again, also where there is a file'
@@ -40,7 +41,7 @@ link 0/nowhere no/where; put A/nowhere mine; mkfifo 0/pipe
 launch 'migrating 0; not_brought no_source nowhere pipe; listed 0'
 launch 'migrating 0; not_brought no_source nowhere pipe'
 
-scenario 'Parts go where copies are made, not what they lead to, and do not come from old data'
+scenario 'Parts are removed where copies are made, not what they lead to, and left out of old data'
 link A/.Torvane\ Odrel.part ../../../D; put D/f mine; put A/Local\ Storage/.Torvane\ Odrel.part
 put A/runtime/.Torvane\ Odrel.part/x; put 0/.Torvane\ Odrel.part
 put 0/sub/.Torvane\ Odrel.part.1; put 0/sub/f old

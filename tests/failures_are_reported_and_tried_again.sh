@@ -2,11 +2,12 @@ source "$(dirname "$0")/launch.sh"
 storage='"A/qrc__0.localstorage" to "A/Local Storage/umop__0.localstorage"'
 
 scenario 'Each failure is reported in its place, on standard error'
-put 0/f; put A/f/f; put 0/x; put A/x; link 0/nowhere no/where; dir 'A/Torvane Odrel 2.0.unmarked'
+put 0/f; put A/f/f; put 0/x old; put 1/x new; link 'A/Torvane Odrel 2.0.unmarked' no/where
 put A/qrc__0.localstorage; link 'A/Local Storage/umop__0.localstorage' umop__0.localstorage
 mkfifo B/mrd-2.umo; put B/vek-2; rm -r A/runtime
 launch '
-migrating 0; not_tried f; not_brought no_source nowhere
+migrating 0; not_brought no_place f; brought x
+migrating 1; brought x  # which is not marked, so that the newest one comes again after the older
 echo Failed to touch \"A/Torvane Odrel 2.0.unmarked\"
 echo "Migrating localStorage from $storage"
 no_place A/qrc__0.localstorage "A/Local Storage/umop__0.localstorage"

@@ -24,11 +24,11 @@ copied B/vek-1/F/Versions/Current A/runtime/vek-1/F/Versions/Current
 copied B/vek-1/F/Versions/A/r A/runtime/vek-1/F/Versions/A/r
 echo Loading Vekara at \"A/runtime/vek-1/EXE\"
 started vek-1 mrd-2.umo'
-(umask 0; launch "$first")  # modes are the launcher's choice
+(umask 0; launch "$first")  # so nothing is taken from the modes
 rm -r A/* ?/migrated; shows_progress_on_standard_output
 launch "$(grep -E '^(echo (Priming|Loading)|started)' <<<"$first" | sed 's/; .*//')"
 
-scenario 'What a release does not have, and what is no old data directory, stays as it is'
+scenario 'A directory without files is marked, one that is a link or marked by anything left alone'
 dir 0/empty; put 1/migrated/x; put 1/f old; put D/f old; put A/mine mine
 ln -s ../../D 'U/Torvane, Inc./Torvane Odrel 2.2'
 launch 'migrating 0; marked 0'

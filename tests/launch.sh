@@ -1,6 +1,6 @@
 # Sourced by every test, with the launcher as the argument. Short names, in a test as in what it
 # compares: B is the bundle, U the user data directory, A the application's in it; 0, 1 and 2 are
-# the old data directories of 2.0, 2.1 and 2.2; D is a directory on another disk; EXE is the path of
+# the old data directories of 2.0, 2.1 and 2.2; D is on another file system; EXE is the path of
 # a runtime's executable in the runtime, and PART the name of a copy in the making.
 set -euo pipefail; export LC_ALL=C; umask 022
 tests=$(realpath "$(dirname "$0")") launcher=$(realpath "$1")
@@ -18,7 +18,7 @@ scenario() { # SENTENCE that must hold; it begins with nothing but a package and
 }
 dir() { (umask 022; mkdir -p "$(readlink -m "$1")"); } # DIRECTORY
 put() { dir "${1%/*}"; printf %b "${2-}" >"$1"; } # FILE [TEXT with escapes]
-large() { put "$1" "$(printf %040000d)$1"; } # FILE that a full disk does not take
+large() { put "$1" "$(printf %040000d)$1"; } # FILE that does not fit on a full disk
 link() { dir "${1%/*}"; ln -sfn "$2" "$1"; } # LINK TEXT
 runtime() { dir "$1/${EXE%/*}"; cp "$tests/runtime" "$1/$EXE"; } # DIRECTORY
 listed() { put "A/Torvane Odrel 2.$1.unmarked" "${2-}"; } # RELEASE ['PATH\0...']
@@ -34,9 +34,9 @@ copied() { # FILE PLACE
   else cp --remove-destination --preserve=mode "$1" "$(readlink -m "$2")"; fi
 }
 not_brought() { # no_source|no_place|incomplete FILE...
-  for file in "${@:2}"; do $1 $release/"$file" A/"$file"; not_tried "$file"; done
+  for file in "${@:2}"; do $1 $release/"$file" A/"$file"; failed "$file"; done
 }
-not_tried() { echo "Failed to copy \"$release/$1\" to \"A/$1\""; } # FILE
+failed() { echo "Failed to copy \"$release/$1\" to \"A/$1\""; } # FILE
 incomplete() { printf '%s\n' "Attempt CopyFile from $1 to $2" 'CopyFile success: 0'; } # FILE PLACE
 no_source() { not_opened "$@" 0 1; } # FILE PLACE
 no_place() { not_opened "$@" 1 0; } # FILE PLACE
@@ -45,9 +45,9 @@ not_opened() { # FILE PLACE whether the FILE is opened, and the PLACE
     "src good: $3 dest good: $4" "src state: fail $4 bad 0" "dest state: fail $3 bad 0"
 }
 started() { # RUNTIME PACKAGE
-  printf '%s\n' 'exit code 0' "A/runtime/$1/EXE" '--umo-entry-url=umop:///index.html?production' \
+  printf '%s\0' 'exit code 0' "A/runtime/$1/EXE" '--umo-entry-url=umop:///index.html?production' \
     "--umo-file=A/$2" --umo-enable-logging --umo-log-level=0 --odrel=B/odrel "${received[@]}" \
-    --disable-accelerated-compositing "${environment[@]}"
+    --disable-accelerated-compositing "${environment[@]}" | tr '\n\0' '|\n'
 }
 as_usual() { # [RUNTIME PACKAGE]: with nothing in the bundle
   printf '%s\n' 'Unable to find an Odrel app package to prime' \
@@ -62,7 +62,7 @@ no_package() { # in A and in the bundle
 odrel() {
   (ulimit -f "${blocks-unlimited}"; timeout 20 env -i "${environment[@]}" B/odrel "${arguments[@]}")
 }
-full_disk() { blocks=32 "$@"; } # COMMAND...
+full_disk() { blocks=32 "$@"; } # COMMAND... in which no file gets larger than 32 KiB
 
 # Fails unless a launch shows the lines of the COMMANDS, both streams in one, then its exit code and
 # what the runtime receives, and leaves the files as the COMMANDS leave a copy of them. First comes

@@ -10,7 +10,7 @@ finds() { # DIRECTORY, relative to U, ENVIRONMENT...
 finds .local/share HOME="$root/U" XDG_DATA_HOME=x
 finds data HOME=/ XDG_DATA_HOME="$root/U/data//"
 
-scenario 'Without a user data directory nothing is made anywhere'
+scenario 'Without a user data directory no package is found, and nothing made in its stead'
 environment=(HOME=); launch no_package
 [ -z "$(find / -maxdepth 1 -name Torvane -newer B/odrel)" ]
 
@@ -18,7 +18,7 @@ scenario 'The user data directory may be a link'
 put 0/f old; mv U D; ln -s D/U U
 launch 'migrating 0; brought f; marked 0'
 
-scenario 'A file in the place of its last directory does not end a launch, one above it does'
+scenario 'A file in the place of A does not end a launch, one in the place of a parent does'
 rm -r U/Torvane/*; mkfifo 'U/Torvane/Torvane Odrel 2.2'
 launch no_package
 rm -r U/Torvane; put U/Torvane

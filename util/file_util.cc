@@ -32,11 +32,11 @@ std::string FollowLinks(fs::path path) {
   return path;
 }
 
-// Flushes what is at path, of the copy to destination. True also when the caller of the copy
-// flushes it, that is the file system of the directory callerFlushes, if that is not empty.
+// Flushes what is at path, of the copy to destination, unless the caller will: it flushes the file
+// system of the directory flushedLater, if that is not empty. One flush for all files is quicker.
 bool FlushCopy(const std::string& destination, const std::string& path,
-               const std::string& callerFlushes) {
-  if ((!callerFlushes.empty() && ShareFileSystem(path, callerFlushes)) || Flush(path)) return true;
+               const std::string& flushedLater) {
+  if ((!flushedLater.empty() && ShareFileSystem(path, flushedLater)) || Flush(path)) return true;
   std::cerr << "Failed to write \"" << destination << "\" to the disk" << std::endl;
   return false;
 }
@@ -62,7 +62,7 @@ bool CopyLink(const std::string& source, const std::string& place) {
   return EndCopy(!error, part, place, before);
 }
 
-// Moves the bytes and closes the destination. True when the file system has taken all that was
+// Copies the bytes and closes the destination. True when the file system has taken all that was
 // read, which is no less than the size. The streams' flags alone do not say: an empty source sets
 // one, a read error may not.
 bool Transfer(std::uintmax_t size, std::ifstream* in, std::ofstream* out) {
@@ -90,8 +90,9 @@ bool ReportOutcome(bool success) {
 // Copies a file or a link to a directory to target. That is the destination, which the lines name,
 // or, while a whole directory is still a part, the same place below that.
 bool Copy(const std::string& source, const std::string& destination, const std::string& target,
-          const std::string& callerFlushes) {
-  if (!DirectoryExists(Parent(target)) && !MakeDirectory(Parent(target))) {  // mostly it is there
+          const std::string& flushedLater) {
+  if (!DirectoryExists(Parent(target)) &&
+      !MakeDirectory(Parent(target))) {  // spares a mkdir for each parent
     std::cerr << "CopyFile could not make directory " << Parent(destination) << std::endl;
     return false;
   }
@@ -112,31 +113,30 @@ bool Copy(const std::string& source, const std::string& destination, const std::
   DeleteFile(part);
   const mode_t mask = umask(077);  // nobody else may read the part meanwhile
   std::ofstream out;
-  // A part is appended to: ext4 writes a file that was opened to be emptied to the disk on closing.
   if (before == fs::file_type::regular || before == fs::file_type::not_found)
-    out.open(part, std::ios::binary | std::ios::app);
+    out.open(part, std::ios::binary);
   umask(mask);
   if (!out.is_open()) return ReportUnopened(source, destination, true);
 
   bool isComplete = Transfer(size, &in, &out);
   int mode = 0;
   const bool hasPermissions = !GetPermissions(source, &mode) || SetPermissions(part, mode);
-  isComplete = isComplete && FlushCopy(destination, part, callerFlushes);
+  isComplete = isComplete && FlushCopy(destination, part, flushedLater);
   isComplete =
-      EndCopy(isComplete, part, place, before) && FlushCopy(destination, place, callerFlushes);
+      EndCopy(isComplete, part, place, before) && FlushCopy(destination, place, flushedLater);
   if (hasPermissions) return ReportOutcome(isComplete);
   std::cerr << "failed during permissions xfer" << std::endl;
   return false;
 }
 
 bool CopyTree(const std::string& source, const std::string& destination, const std::string& target,
-              const std::string& callerFlushes) {
+              const std::string& flushedLater) {
   if (!DirectoryExists(source)) {
     std::cerr << "CopyDirectory from does not exist: " << source << std::endl;
     return false;
   }
 
-  std::deque<std::string> pending = {""};  // below all three, with a "/" in front
+  std::deque<std::string> pending = {""};  // relative, with a "/" in front
   while (!pending.empty()) {
     const std::string directory = std::move(pending.back());
     pending.pop_back();
@@ -144,7 +144,7 @@ bool CopyTree(const std::string& source, const std::string& destination, const s
       const std::string entry = directory + "/" + name;
       if (DirectoryExists(source + entry))
         pending.push_back(entry);
-      else if (!Copy(source + entry, destination + entry, target + entry, callerFlushes))
+      else if (!Copy(source + entry, destination + entry, target + entry, flushedLater))
         return false;
     }
   }
@@ -191,8 +191,8 @@ bool IsCopyOf(const std::string& path, const std::string& original) {
 }
 
 bool CopyFile(const std::string& source, const std::string& destination,
-              const std::string& callerFlushes) {
-  return Copy(source, destination, destination, callerFlushes);
+              const std::string& flushedLater) {
+  return Copy(source, destination, destination, flushedLater);
 }
 
 bool CopyDirectory(const std::string& source, const std::string& destination) {

@@ -66,10 +66,10 @@ bool MakeDirectory(const std::string& path);
 // else fails. A link to a directory is copied as a link, in place of anything but a directory. True
 // when the copy is complete and on the disk (a link need not be), or both are one file. A failure
 // leaves the place as it was; only when the permissions cannot be applied, or the new name cannot
-// be flushed, the complete copy is there. Unless it is empty, callerFlushes is a directory whose
+// be flushed, the complete copy is there. Unless it is empty, flushedLater is a directory whose
 // file system the caller flushes: until then a power cut may cut short a copy on that.
 bool CopyFile(const std::string& source, const std::string& destination,
-              const std::string& callerFlushes = "");
+              const std::string& flushedLater = "");
 
 // Copies every file below a directory to the same relative path below destination; directories come
 // into being only as their parents. Links are never entered; a directory that cannot be listed

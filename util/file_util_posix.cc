@@ -126,7 +126,7 @@ bool LockDirectory(const std::string& path, int seconds) {
     if (errno != EWOULDBLOCK || std::chrono::steady_clock::now() >= end) return false;
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
-  return true;  // held as long as it is open
+  return true;  // never closed, so held until the process ends
 }
 
 }  // namespace torvane
