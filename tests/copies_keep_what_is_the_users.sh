@@ -7,19 +7,18 @@ put 0/folder/f old; link A/folder ../../../D; put 0/new old; link A/new ../../..
 launch 'migrating 0; brought file linked new x folder/f; marked 0'
 
 scenario 'A link to a file comes as a file, also one of unknown size, one to a directory as a link'
-put 0/file old; chmod 640 0/file; link 0/to-file file; link 0/no-size /proc/sys/kernel/ostype
+put 0/file old; chmod 666 0/file; link 0/to-file file; link 0/no-size /proc/sys/kernel/ostype
 link 0/link ../../../D; link A/link x
 launch 'migrating 0; brought file link no-size to-file; marked 0'
 
 scenario 'Of a link to a directory and something else only the newest comes'
-link 0/was-link ../../../D; put 1/was-link/f new; put 0/is-link/f old; link 1/is-link ../../../D
-put 2/other; link 0/nowhere no/where
+link 0/was-link ../../../D; put 1/was-link/f new; put 0/is-link/f old; link 2/is-link ../../../D
+link 0/link ../../../D; link 0/nowhere no/where; marked 2
 launch '
-migrating 0; not_brought no_source nowhere
-migrating 1; brought is-link was-link/f
-migrating 2; brought other
-listed 0 "is-link\0was-link\0"; marked 1; marked 2'
-rm -r 1/*-link 0/nowhere
+migrating 0; brought link; not_brought no_source nowhere
+migrating 1; brought was-link/f
+listed 0 "is-link\0link\0was-link\0"; marked 1'
+rm -r 1/was-link 2/is-link 0/nowhere
 launch 'migrating 0; marked 0'
 
 scenario 'What has no place is tried again; anything but a directory is the application'\''s then'
@@ -44,7 +43,7 @@ launch 'migrating 0; not_brought no_source nowhere pipe'
 scenario 'Parts are removed where copies are made, not what they lead to, and left out of old data'
 link A/.Torvane\ Odrel.part ../../../D; put D/f mine; put A/Local\ Storage/.Torvane\ Odrel.part
 put A/runtime/.Torvane\ Odrel.part/x; put 0/.Torvane\ Odrel.part
-put 0/sub/.Torvane\ Odrel.part.1; put 0/sub/f old
+put 0/sub/.Torvane\ Odrel.part.1; put 0/sub/.Torvane\ Odrel.parts old
 launch '
-migrating 0; brought sub/f; marked 0
+migrating 0; brought sub/.Torvane\ Odrel.parts; marked 0
 rm -r A/{,runtime/,Local\ Storage/}.Torvane\ Odrel.part'

@@ -3,7 +3,7 @@ source "$(dirname "$0")/launch.sh"
 finds() { # DIRECTORY, relative to U, ENVIRONMENT...
   scenario "With ${*:2} the user data directory is $1"
   environment=("${@:2}"); rm -r U/*
-  launch no_package
+  launch no_package; shows_progress_on_standard_output
   put "U/$1"; launch no_package
   rm "U/$1"; mkdir "U/$1"; launch "dir 'U/$1/Torvane/Torvane Odrel 2.2'; no_package"
 }
@@ -23,4 +23,4 @@ rm -r U/Torvane/*; mkfifo 'U/Torvane/Torvane Odrel 2.2'
 launch no_package
 rm -r U/Torvane; put U/Torvane
 diff <(echo Failed to create Odrel app data directory \"A\"; echo exit code 1) \
-  <({ odrel 2>&1 || echo exit code $?; } | short)
+  <({ odrel 2>&1 >lines || echo exit code $?; } | short)
