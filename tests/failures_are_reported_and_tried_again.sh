@@ -32,7 +32,7 @@ copied A/qrc__0.localstorage "A/Local Storage/umop__0.localstorage"
 no_place A/qrc__0.localstorage A/qrc__0.localstorage_migrated
 echo Failed to complete localStorage migration'
 rm A/Local*/*; shows_progress_on_standard_output
-put A/qrc__0.localstorage new; launch as_usual
+put A/qrc__0.localstorage new; launch usually
 
 scenario 'Of a package and a runtime that do not fit nothing stays; other packages are copied'
 large B/mrd-1.umo; put B/mrd-2.umo; rm -r A/mrd-1.umo A/runtime/vek-1

@@ -4,7 +4,7 @@
 # a runtime's executable in the runtime, and PART the name of a copy in the making.
 set -euo pipefail; export LC_ALL=C; umask 022
 tests=$(realpath "$(dirname "$0")") launcher=$(realpath "$1")
-root=$(mktemp -d) disk=$(mktemp -d -p /dev/shm)
+root=$(mktemp -d); disk=$(mktemp -d -p /dev/shm)
 trap '[ $? = 0 ] || echo "This does not hold: $title"; rm -rf "$root" "$disk"' EXIT
 cd "$root"; mkfifo record; ln -s "$disk" D; ln -s 'U/Torvane/Torvane Odrel 2.2' A
 for i in 0 1 2; do ln -s "U/Torvane, Inc./Torvane Odrel 2.$i" $i; done
@@ -49,15 +49,13 @@ started() { # RUNTIME PACKAGE
     "--umo-file=A/$2" --umo-enable-logging --umo-log-level=0 --odrel=B/odrel "${received[@]}" \
     --disable-accelerated-compositing "${environment[@]}" | tr '\n\0' '|\n'
 }
-as_usual() { # [RUNTIME PACKAGE]: with nothing in the bundle
+usually() { # [RUNTIME PACKAGE]: with nothing in the bundle
   printf '%s\n' 'Unable to find an Odrel app package to prime' \
     "Loading Odrel package \"A/${2-mrd-1.umo}\"" 'Unable to find a Vekara runtime to prime' \
     "Loading Vekara at \"A/runtime/${1-vek-1}/EXE\""
   started "${1-vek-1}" "${2-mrd-1.umo}"
 }
-no_package() { # in A and in the bundle
-  as_usual | sed '2,$c Unable to find an Odrel app package on the system\nexit code 2'
-}
+no_package() { usually | sed '2,$cUnable to find an Odrel app package on the system\nexit code 2'; }
 
 odrel() {
   (ulimit -f "${blocks-unlimited}"; timeout 20 env -i "${environment[@]}" B/odrel "${arguments[@]}")
@@ -66,12 +64,11 @@ full_disk() { blocks=32 "$@"; } # COMMAND... in which no file gets larger than 3
 
 # Fails unless a launch shows the lines of the COMMANDS, both streams in one, then its exit code and
 # what the runtime receives, and leaves the files as the COMMANDS leave a copy of them. First comes
-# the line "Dianostics: ON", and last, when no COMMAND writes an exit code, what "as_usual" writes.
+# the line "Dianostics: ON", and last, when no COMMAND writes an exit code, what "usually" writes.
 launch() { # COMMANDS
-  local code=0
-  rm -rf after; mkdir after; cp -a B U A [012] after; cp -a D/ after/D
+  local code=0; rm -rf after; mkdir after; cp -a B U A [012] after; cp -a D/ after/D
   (cd after; echo 'Dianostics: ON'; eval "$1") >expected
-  grep -q '^exit code' expected || as_usual >>expected
+  grep -q '^exit code' expected || usually >>expected
   odrel </dev/null >lines 2>&1 || code=$?
   { cat lines; echo "exit code $code"; [ $code != 0 ] || timeout 20 cat record || :; tree; } >shown
   diff -U2 --label expected --label shown <({ cat expected; cd after; tree; } | short) \
@@ -81,7 +78,8 @@ launch() { # COMMANDS
 # Fails unless a launch like the last one has its progress, and only that, on standard output.
 shows_progress_on_standard_output() {
   if odrel >out 2>err; then cat record >shown; fi
-  diff <(grep -E '^(Dianostics: |Migrating |Loading )' lines) out; diff <(grep -vxFf out lines) err
+  grep -E '^(Dianostics: |Migrating |Loading )' lines | diff -U1 --label expected - out
+  grep -vxFf out lines | diff -U1 --label expected - err
 }
 
 # Type, mode and text of links of all that is in B, U and D, and the content of what is no program.

@@ -3,20 +3,20 @@ source "$(dirname "$0")/launch.sh"
 scenario 'Arguments and environment of any bytes, and ignored signals, arrive unchanged'
 arguments=('' ' b c ' $'line\nfeed' $'\xff' --umo-enable-logging /tmp -n -n)
 received=("${arguments[@]}"); environment+=($'BYTES=\xff\n' A=)
-launch as_usual
-(trap '' PIPE XFSZ; launch 'as_usual; echo SIGXFSZ and SIGPIPE are ignored')
+launch usually
+(trap '' PIPE XFSZ; launch 'usually; echo SIGXFSZ and SIGPIPE are ignored')
 
 opens() { # DOCUMENT, if any, REQUESTS
   scenario "Of the requests $2 $1 is opened"
   environment+=(ODREL_OPEN_DOCUMENTS="$2") arguments=(-a /b) received=(${1:+"$1"} -a /b)
-  launch as_usual
+  launch usually
 }
 opens $'/\xc3\xbc/a b' $'/\xc3\xbc/a b\t/second'
 opens /last $'/first\t/other\n\n/last\n'
 opens '' $'\n\t\n'
 
 scenario 'Nobody needs to read what a launch writes, or keep streams open for it'
-put B/mrd-2.umo package; exec 3> >(:); wait $!
+put B/mrd-2.umo package; mkfifo nobody; : <nobody & exec 3>nobody; wait
 for way in 'odrel >&3 2>&3' 'rm A/mrd-2.umo; odrel <&- >&- 2>&-'; do
   eval "$way"; diff <(started vek-1 mrd-2.umo | sed 1d | short) <(short <record); cmp [AB]/mrd-2.umo
 done
@@ -25,7 +25,7 @@ scenario 'A runtime that cannot be started is reported, if that is known in a mi
 : >"A/runtime/vek-1/$EXE"; exec 9</tmp; flock 9  # where an empty file stays, this run's
 touch -d '1 second ago' begin; rm record; : >record
 for n in {1..300}; do code=0; odrel >out 2>lines || code=$?; [ $code != 3 ] || break; done
-diff <(as_usual | sed '5,$c Failed to launch Torvane Odrel\n3' | grep -v ^Loading) \
+diff <(usually | sed '5,$cFailed to launch Torvane Odrel\n3' | grep -v ^Loading) \
   <(short <lines; echo $code)
 left() { find /tmp -maxdepth 1 -name 'file??????' -empty -newer begin "$@"; }
 until [ "$(left | wc -l)" -ge "$n" ]; do sleep 0.1; done; left -delete

@@ -12,7 +12,7 @@ finds data HOME=/ XDG_DATA_HOME="$root/U/data//"
 
 scenario 'Without a user data directory no package is found, and nothing made in its stead'
 environment=(HOME=); launch no_package
-[ -z "$(find / -maxdepth 1 -name Torvane -newer B/odrel)" ]
+[ -z "$(find / -maxdepth 1 -name Torvane -newer A)" ]
 
 scenario 'The user data directory may be a link'
 put 0/f old; mv U D; ln -s D/U U
