@@ -3,10 +3,10 @@
 # the old data directories of 2.0, 2.1 and 2.2; D is on another file system; EXE is the path of
 # a runtime's executable in the runtime, and PART the name of a copy in the making.
 set -euo pipefail; export LC_ALL=C; umask 022
-tests=$(realpath "$(dirname "$0")") launcher=$(realpath "$1")
 root=$(mktemp -d); disk=$(mktemp -d -p /dev/shm)
 trap '[ $? = 0 ] || echo "This does not hold: $title"; rm -rf "$root" "$disk"' EXIT
-cd "$root"; cp "$launcher" odrel; mkfifo record; ln -s "$disk" D; ln -s 'U/Torvane/Torvane Odrel 2.2' A
+tests=$(realpath "$(dirname "$0")"); cp "$1" "$root/odrel"
+cd "$root"; mkfifo record; ln -s "$disk" D; ln -s 'U/Torvane/Torvane Odrel 2.2' A
 for i in 0 1 2; do ln -s "U/Torvane, Inc./Torvane Odrel 2.$i" $i; done
 EXE='Torvane Odrel.app/Contents/MacOS/Torvane Umo'
 
