@@ -7,7 +7,6 @@ for name in mrd-1.umo mrd-2.umo; do put B/Resources/$name $name; link B/$name Re
 for other in mrd-3.umo.old mrdz.umo zmrd-1.umo vek-0/older vekz/z zvek-1/z; do put B/$other; done
 runtime B/vek-1; put B/vek-1/.z; dir B/vek-1/empty
 put B/vek-1/F/Versions/A/r; link B/vek-1/F/Versions/Current A  # a framework
-storage='"A/qrc__0.localstorage" to "A/Local Storage/umop__0.localstorage"'
 first='
 migrating 0; brought settings
 migrating 1; brought .hidden settings projects/q projects/a/p

@@ -1,4 +1,3 @@
-# Names compare byte by byte, also of digits and of capital letters, which come before small ones.
 source "$(dirname "$0")/launch.sh"
 
 loads() { # PACKAGE|none, version.txt in A|- and in B|-, PACKAGE in A...

@@ -8,6 +8,7 @@ trap '[ $? = 0 ] || echo "This does not hold: $title"; rm -rf "$root" "$disk"' E
 tests=$(realpath "$(dirname "$0")"); cp "$1" "$root/odrel"
 cd "$root"; mkfifo record; ln -s "$disk" D; ln -s 'U/Torvane/Torvane Odrel 2.2' A
 for i in 0 1 2; do ln -s "U/Torvane, Inc./Torvane Odrel 2.$i" $i; done
+storage='"A/qrc__0.localstorage" to "A/Local Storage/umop__0.localstorage"'
 EXE='Torvane Odrel.app/Contents/MacOS/Torvane Umo'
 
 # What is there.

@@ -17,6 +17,12 @@ migrating 1; brought old
 migrating 2; brought recent
 marked 0; marked 1; marked 2'
 
+scenario 'While an older release is neither marked nor listed, the newer one comes again after it'
+put 0/x old; put 1/x new; link 'A/Torvane Odrel 2.0.unmarked' no/where; link 0/nowhere no/where
+again='migrating 0; not_brought no_source nowhere; brought x; migrating 1; brought x
+echo Failed to touch \"A/Torvane Odrel 2.0.unmarked\"'
+launch "$again"; put A/x mine; launch "$again"
+
 scenario 'A journal counts to its last complete path, and is kept where no marker can be made'
 put 0/n old; put 0/name old; link 0/migrated no/where; listed 0 'migrated\0n'
 launch '
