@@ -23,4 +23,4 @@ rm -r U/Torvane/*; mkfifo 'U/Torvane/Torvane Odrel 2.2'
 launch no_package
 rm -r U/Torvane; put U/Torvane
 diff <(echo Failed to create Odrel app data directory \"A\"; echo exit code 1) \
-  <({ odrel 2>&1 >lines || echo exit code $?; } | short)
+  <({ odrel 2>&1 >out || echo exit code $?; cat out; } | short)
