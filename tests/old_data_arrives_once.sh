@@ -1,21 +1,20 @@
 source "$(dirname "$0")/launch.sh"
 
 scenario 'What has arrived does not come again; what has not replaces what older releases brought'
-large 0/large; put A/large mine; put 0/removed old; put 0/changed "$(printf %09000d)end"; put 0/old
-put 0/newest x; put 2/newest x; for file in changed newest old; do large 1/$file; done
-put 1/recent old; large 2/recent
+put 0/changed "$(printf %09000d)end"; put 0/newest x; put 2/newest x; put 0/old
+for file in changed large newest old; do large 1/$file; done; put A/large mine
+put 1/removed old; put 1/recent old; large 2/recent
 full_disk launch '
-migrating 0; brought changed; not_brought incomplete large; brought newest old removed
-migrating 1; not_brought incomplete changed newest old; brought recent
+migrating 0; brought changed newest old
+migrating 1; not_brought incomplete changed large newest old; brought recent removed
 migrating 2; brought newest; not_brought incomplete recent
-listed 0 "changed\0newest\0old\0removed\0"; listed 1 "recent\0"; listed 2 "newest\0"'
+marked 0; listed 1 "recent\0removed\0"; listed 2 "newest\0"'
 rm A/large A/removed; put A/changed "$(printf %09000d)END"
-put 0/added old; put 0/made-by-both old; put A/made-by-both mine
+put 1/added old; put 1/made-by-both old; put A/made-by-both mine
 launch '
-migrating 0; brought added large
-migrating 1; brought old
+migrating 1; brought added large old
 migrating 2; brought recent
-marked 0; marked 1; marked 2'
+marked 1; marked 2'
 
 scenario 'While an older release is neither marked nor listed, the newer one comes again after it'
 put 0/x old; put 1/x new; link 'A/Torvane Odrel 2.0.unmarked' no/where; link 0/nowhere no/where
