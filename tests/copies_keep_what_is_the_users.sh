@@ -42,8 +42,8 @@ launch 'migrating 0; not_brought no_source nowhere pipe'
 
 scenario 'Parts are removed where copies are made, not what they lead to, and left out of old data'
 link A/.Torvane\ Odrel.part ../../../D; put D/f mine; put A/Local\ Storage/.Torvane\ Odrel.part
-put A/runtime/.Torvane\ Odrel.part/x; put 0/.Torvane\ Odrel.part
-put 0/sub/.Torvane\ Odrel.part.1; put 0/sub/.Torvane\ Odrel.parts; put A/sub/.Torvane\ Odrel.part
+put A/runtime/.Torvane\ Odrel.part/x; link A/sub/.Torvane\ Odrel.part ../../../../D/f
+put 0/.Torvane\ Odrel.part; put 0/sub/.Torvane\ Odrel.part.1; put 0/sub/.Torvane\ Odrel.parts
 launch '
 migrating 0; brought sub/.Torvane\ Odrel.parts; marked 0
 rm -r A/{,runtime/,Local\ Storage/,sub/}.Torvane\ Odrel.part'
