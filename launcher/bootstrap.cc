@@ -50,8 +50,7 @@ struct OldData {
 };
 using OldDataList = std::vector<OldData>;
 
-// The old data directories that exist, the oldest release's first. Marked ones matter to the
-// others.
+// The old data directories that exist, the oldest release's first. Marked ones matter to others.
 OldDataList ReadOldData() {
   OldDataList list;
   for (int i = 0; i < 3; ++i) {
