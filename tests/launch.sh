@@ -13,6 +13,7 @@ EXE='Torvane Odrel.app/Contents/MacOS/Torvane Umo'
 
 # What is there.
 scenario() { # SENTENCE that must hold; it begins with nothing but a package and a runtime in A
+  # The launcher's environment and arguments, and what of the latter and a document is received.
   title=$1 environment=(XDG_DATA_HOME="$root/U") arguments=() received=()
   rm -rf B U; find D/ -mindepth 1 -delete
   mkdir B U; ln odrel B; put A/mrd-1.umo; runtime A/runtime/vek-1
