@@ -21,7 +21,6 @@ const std::string dataDirName = "Torvane Odrel 2.2";
 const std::string newDataDirName = torvane::ApplicationDataDirectory(orgName, dataDirName);
 const std::string storageDirName = newDataDirName + "/Local Storage";
 const std::string runtimeDirName = newDataDirName + "/runtime";
-const std::string oldStorageFile = "qrc__0.localstorage";
 const std::string migratedFile = "migrated";
 std::string fileToOpen;  // the document, empty when there is none
 
@@ -187,7 +186,7 @@ void MigrateUserData() {
 }
 
 void MigrateLocalStorage() {
-  const std::string source = newDataDirName + "/" + oldStorageFile;
+  const std::string source = newDataDirName + "/qrc__0.localstorage";
   const std::string destination = storageDirName + "/umop__0.localstorage";
   if (!torvane::FileExists(source) || torvane::FileExists(destination)) return;
 

@@ -24,7 +24,7 @@ copied B/vek-1/F/Versions/Current A/runtime/vek-1/F/Versions/Current
 copied B/vek-1/F/Versions/A/r A/runtime/vek-1/F/Versions/A/r
 echo Loading Vekara at \"A/runtime/vek-1/EXE\"
 started vek-1 mrd-2.umo'
-(umask 0; launch "$first")  # so nothing is taken from the modes
+(umask 0; launch "$first")  # which shows the modes that the launcher asks for
 rm -r A/* ?/migrated; shows_progress_on_standard_output
 launch "$(grep -E '^(echo (Priming|Loading)|started)' <<<"$first" | sed 's/; .*//')"
 

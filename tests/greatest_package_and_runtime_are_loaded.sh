@@ -20,6 +20,5 @@ scenario 'The greatest runtime is started, and no other where that one has no ex
 for name in vek-10 vek-9 VEK-99; do runtime A/runtime/$name; done
 launch 'usually vek-9'
 no_runtime() { usually | sed '4,$cUnable to find a Vekara runtime on the system\nexit code 4'; }
-put A/runtime/zzz/other; launch no_runtime
-rm -r A/runtime; launch no_runtime; dir A/runtime; launch no_runtime
-runtime 'A/runtime/.Torvane Odrel.part.1'; launch no_runtime
+put A/runtime/zzz/other; launch no_runtime; rm -r A/runtime; launch no_runtime
+dir A/runtime; launch no_runtime; runtime 'A/runtime/.Torvane Odrel.part.1'; launch no_runtime

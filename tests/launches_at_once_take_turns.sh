@@ -6,4 +6,4 @@ twice() { # OPERATOR between the launches
   rm -r U; cp -a begin U; eval "odrel >first 2>&1 $1 odrel >second 2>&1"; wait; sort first second
   find U -type f -print0 | sort -z | xargs -0 cksum
 }
-twice ';' >in_turn; twice '&' | diff in_turn -
+twice ';' | short >in_turn; twice '&' | short | diff in_turn -

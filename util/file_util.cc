@@ -91,8 +91,8 @@ bool ReportOutcome(bool success) {
 // or, while a whole directory is still a part, the same place below that.
 bool Copy(const std::string& source, const std::string& destination, const std::string& target,
           const std::string& flushedLater) {
-  if (!DirectoryExists(Parent(target)) &&
-      !MakeDirectory(Parent(target))) {  // spares a mkdir for each parent
+  // The look at the last directory spares a mkdir for each of them.
+  if (!DirectoryExists(Parent(target)) && !MakeDirectory(Parent(target))) {
     std::cerr << "CopyFile could not make directory " << Parent(destination) << std::endl;
     return false;
   }
@@ -119,7 +119,7 @@ bool Copy(const std::string& source, const std::string& destination, const std::
   if (!out.is_open()) return ReportUnopened(source, destination, true);
 
   bool isComplete = Transfer(size, &in, &out);
-  int mode = 0;
+  int mode = 0;  // one that cannot be read is not carried over, and no failure
   const bool hasPermissions = !GetPermissions(source, &mode) || SetPermissions(part, mode);
   isComplete = isComplete && FlushCopy(destination, part, flushedLater);
   isComplete =
