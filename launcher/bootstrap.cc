@@ -27,8 +27,7 @@ std::string fileToOpen;  // the document, empty when there is none
 const char* const oldDataDirNames[] = {"Torvane Odrel 2.0", "Torvane Odrel 2.1",
                                        "Torvane Odrel 2.2", nullptr};
 
-// Appends to a file, made when it is missing, and flushes it. A failure, which is said on standard
-// error, may leave the beginning of content there.
+// Appends to a file, made when it is missing, and flushes it. A failure is said on standard error.
 bool Append(const std::string& path, const std::string& content) {
   std::ofstream file(path, std::ios::binary | std::ios::app);
   if ((file << content).flush() && torvane::Flush(path)) return true;
@@ -36,20 +35,37 @@ bool Append(const std::string& path, const std::string& content) {
   return false;
 }
 
-// An old data directory. The relative paths of what has arrived, or was left to a newer release,
-// are listed in the journal, until these are all: then the marker takes its place.
+// Old data is copied file by file to the same relative paths in A, the application data directory.
+// A file can fail: the disk is full, or a directory is in its place. Two files tell what earlier
+// launches have done with an old data directory:
+//
+//   marker   journal
+//   there    -        all of it has arrived: left alone for good
+//   missing  missing  first try: everything is copied, over what is there
+//   missing  there    later try, because a file has failed: what the journal lists is done with;
+//                     the rest is tried again, but not over what the application has written
+//
+// A launch reads all of them, copies, flushes A once, and then writes markers and journals, the
+// oldest release's first. After a kill or power cut before these the next launch tries the same
+// again, after one between them what is not written down. Nobody's work is lost by that: the
+// application starts only later.
+//
+// For example, 2.1 has a, b and c, and in the first try b and c fail: the journal lists a. Then the
+// user removes a and makes a file b. The later try leaves a alone, since it is listed. The user's b
+// stays, since something is there, and b counts as arrived. c is copied. With it all has arrived,
+// and the marker takes the journal's place.
 struct OldData {
   std::string directory;
   std::string marker;   // an empty file in the directory
-  std::string journal;  // a file in the application data directory, each path ended by a NUL
+  std::string journal;  // a file in A: relative paths, each ended by a NUL
   bool isMarked;
   std::unordered_set<std::string> listed;  // in the journal, by earlier launches
-  std::string arrived;                     // to be appended to the journal by this launch
+  std::string arrived;                     // what this launch appends to the journal
   bool isComplete = true;                  // nothing has failed in this launch
 };
 using OldDataList = std::vector<OldData>;
 
-// The old data directories that exist, the oldest release's first. Marked ones matter to others.
+// The old data directories that exist, the oldest release's first, marked ones among them.
 OldDataList ReadOldData() {
   OldDataList list;
   for (int i = 0; i < 3; ++i) {
@@ -61,24 +77,25 @@ OldDataList ReadOldData() {
     if (list.back().isMarked) continue;
 
     std::ifstream file(journal, std::ios::binary);
-    for (std::string path; std::getline(file, path, '\0');) {
-      if (!file.eof())
-        list.back().listed.insert(path);
-      else  // cut off: no path ends with "/", so it is none, also with what is appended next
-        list.back().arrived = std::string("/") + '\0';
-    }
+    std::string path;
+    while (std::getline(file, path, '\0') && !file.eof()) list.back().listed.insert(path);
+    // A kill has cut off the last path. One that is appended would be joined to it, and make the
+    // name of another file. So a "/" is put in between, which no path has at its end, and a NUL.
+    if (!path.empty()) list.back().arrived = std::string("/") + '\0';
   }
   return list;
 }
 
-// True until a launch has tried everything once. Asked again for each file, because a launch that
-// has not waited for this one may do so meanwhile.
+// True until a launch has tried everything once. The disk is asked again for each file: a launch
+// that did not wait for this one may meanwhile have ended its try and started the application,
+// whose files must not be copied over.
 bool IsFirstTry(const OldData& old) {
   return torvane::IsMissing(old.marker) && torvane::IsMissing(old.journal);
 }
 
 // True when a newer release has a link to a directory where list[i] has something else, or the
-// other way round. The one would be copied through the link, or the link would find no place.
+// other way round. Only the newest one's comes: otherwise files would be copied through the link,
+// into a directory that is not the application's, or the link would find a directory in its place.
 bool IsLeftToNewer(const std::string& relative, const OldDataList& list, std::size_t i) {
   const bool isLink = torvane::LinksToDirectory(list[i].directory + "/" + relative);
   for (std::size_t newer = i + 1; newer < list.size(); ++newer) {
@@ -88,7 +105,8 @@ bool IsLeftToNewer(const std::string& relative, const OldDataList& list, std::si
   return false;
 }
 
-// True when an older release's file is there, unchanged, and neither list[i]'s nor a newer one's.
+// True when an older release's file is in the place, unchanged, so that nobody's work is lost when
+// list[i]'s replaces it. False when list[i] or a newer release has the same file.
 bool HoldsOlderCopy(const std::string& relative, const OldDataList& list, std::size_t i) {
   const auto isCopied = [&relative](const OldData& old) {
     return torvane::IsCopyOf(newDataDirName + "/" + relative, old.directory + "/" + relative);
@@ -97,23 +115,19 @@ bool HoldsOlderCopy(const std::string& relative, const OldDataList& list, std::s
          std::none_of(list.data() + i, list.data() + list.size(), isCopied);
 }
 
-// Brings a file of list[i] along; false, said on standard error, when that fails. After the first
-// try what is there is the application's, unless it is an older release's copy.
+// Brings a file of list[i] along; true when it has arrived, or counts as arrived.
 bool MigrateFile(const std::string& relative, const OldDataList& list, std::size_t i) {
   const std::string source = list[i].directory + "/" + relative;
   const std::string destination = newDataDirName + "/" + relative;
-  bool success = false;
-  if (IsFirstTry(list[i]))
-    success = torvane::CopyFile(source, destination, newDataDirName);
-  else if (torvane::IsMissing(source) || torvane::IsMissing(destination) ||
-           HoldsOlderCopy(relative, list, i))
-    success = torvane::CopyFile(source, destination);
-  else
-    success = torvane::FileExists(destination) && !torvane::DirectoryExists(destination);
+  if (IsFirstTry(list[i])) return torvane::CopyFile(source, destination, newDataDirName);
 
-  if (!success)
-    std::cerr << "Failed to copy \"" << source << "\" to \"" << destination << "\"" << std::endl;
-  return success;
+  // A source that is missing, a link to nowhere, is "copied" whatever is in its place: that fails
+  // and says why, and a later launch may find it. Each of these copies is flushed, since one that a
+  // power cut has cut short would count as arrived.
+  if (torvane::IsMissing(source) || torvane::IsMissing(destination) ||
+      HoldsOlderCopy(relative, list, i))
+    return torvane::CopyFile(source, destination);
+  return torvane::FileExists(destination) && !torvane::DirectoryExists(destination);
 }
 
 // Brings the files below list[i] along, breadth first.
@@ -132,8 +146,22 @@ void MigrateDirectory(OldDataList* list, std::size_t i) {
     } else if (isLeft || MigrateFile(relative, *list, i)) {
       old.arrived += relative + '\0';
     } else {
+      std::cerr << "Failed to copy \"" << source << "\" to \"" << newDataDirName << "/" << relative
+                << "\"" << std::endl;
       old.isComplete = false;
     }
+  }
+}
+
+// Writes down what has arrived. A release that gets neither marker nor journal has a first try
+// next, over what newer ones have brought. So these are not written down: they come again after it.
+void RecordOldData(const OldDataList& list) {
+  for (const OldData& old : list) {
+    if (old.isMarked || (old.isComplete && Append(old.marker, "")))
+      torvane::DeleteFile(old.journal);
+    else if (!old.arrived.empty() || torvane::IsMissing(old.journal))
+      Append(old.journal, old.arrived);
+    if (IsFirstTry(old)) return;
   }
 }
 
@@ -152,10 +180,9 @@ std::vector<std::string> RuntimeArguments(const std::string& packagePath, int ar
 void SetFileToOpen(std::string path) { fileToOpen = std::move(path); }
 
 void TakeTurn() {
-  bool ownsParts = torvane::LockDirectory(newDataDirName, 60);
-  if (ownsParts)
-    for (const std::string& directory : {newDataDirName, storageDirName, runtimeDirName})
-      ownsParts = torvane::DeletePart(directory) && ownsParts;
+  const bool ownsParts = torvane::LockDirectory(newDataDirName, 60) &&
+                         torvane::DeletePart(newDataDirName) &&
+                         torvane::DeletePart(storageDirName) && torvane::DeletePart(runtimeDirName);
   if (!ownsParts) torvane::AddToPartName("." + std::to_string(getpid()));
 }
 
@@ -167,22 +194,21 @@ void MigrateUserData() {
     std::cout << "Migrating application data from \"" << list[i].directory << "\" to \""
               << newDataDirName << "\"" << std::endl;
     MigrateDirectory(&list, i);
-    // A first try may leave what has failed, a later one find what a launch could not flush.
+    // A first try has flushed nothing, and a later one may have found what is not flushed.
     isFlushDue = isFlushDue || IsFirstTry(list[i]) || !list[i].arrived.empty();
   }
-  if (isFlushDue && !torvane::Flush(newDataDirName)) {
+
+  // Where nothing is copied there may be no directory to flush.
+  if (isFlushDue && !torvane::IsMissing(newDataDirName) && !torvane::Flush(newDataDirName)) {
     std::cerr << "Failed to write \"" << newDataDirName << "\" to the disk" << std::endl;
-    for (const OldData& old : list)
-      if (!old.isMarked && torvane::IsMissing(old.journal)) Append(old.journal, "");
-    return;
+    // So nothing is known to have arrived. An empty journal all the same keeps the next launch from
+    // copying over what the application writes from now on.
+    for (OldData& old : list) {
+      old.arrived.clear();
+      old.isComplete = false;
+    }
   }
-  for (const OldData& old : list) {
-    if (old.isMarked || (old.isComplete && Append(old.marker, "")))
-      torvane::DeleteFile(old.journal);
-    else if (!old.arrived.empty() || torvane::IsMissing(old.journal))
-      Append(old.journal, old.arrived);
-    if (IsFirstTry(old)) return;  // newer ones' files are to come again after its own
-  }
+  RecordOldData(list);
 }
 
 void MigrateLocalStorage() {
@@ -233,7 +259,7 @@ void PrimeVEKRuntime() {
   const std::string source = bundle + "/" + runtimes.back();
   const std::string destination = runtimeDirName + "/" + runtimes.back();
   if (!torvane::DirectoryExists(destination) && !torvane::LinksToDirectory(destination) &&
-      !torvane::CopyDirectory(source, destination))
+      !torvane::CopyWholeDirectory(source, destination))
     std::cerr << "Failed to prime Vekara runtime \"" << source << "\"" << std::endl;
 }
 

@@ -5,8 +5,7 @@
 
 #include <string>
 
-// Makes path the document that the runtime is to open, in place of any earlier one. Called by the
-// platform layer.
+// Makes path the document that the runtime is to open, in place of any earlier one.
 void SetFileToOpen(std::string path);
 
 // Waits a minute at most for other launches with the same data to end, and removes the parts that

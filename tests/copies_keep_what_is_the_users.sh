@@ -26,7 +26,7 @@ put 0/circle old; link A/circle circle; put 0/directory old; put A/directory/f m
 put 0/file/deep/f old; put A/file mine; link 0/link ../../../D; put A/link/f mine
 put 0/pipe old; mkfifo A/pipe; put 0/to-directory old; link A/to-directory ../../../D
 launch '
-migrating 0; not_brought no_place circle directory; not_brought incomplete link
+migrating 0; not_brought no_place circle directory link
 not_brought no_place pipe to-directory
 echo CopyFile could not make directory A/file/deep; failed file/deep/f
 listed 0'

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 #include <deque>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 
@@ -17,11 +18,16 @@ namespace {
 const std::string partStem = ".Torvane Odrel.part";
 std::string partName = partStem;
 
-std::string Parent(const std::string& path) { return fs::path(path).parent_path(); }
+// Up to the last "/", that one excluded; empty when there is none.
+std::string Parent(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "" : path.substr(0, slash);
+}
 
-// The part of a copy to place.
-std::string PartBeside(const std::string& place) {
-  return fs::path(place).replace_filename(partName);
+// What is at path itself, links not followed: not_found for nothing, none when that is unknown.
+fs::file_type TypeAt(const std::string& path) {
+  std::error_code error;
+  return fs::symlink_status(path, error).type();
 }
 
 // Where opening the path would open or create a file; still a link when its links do not end.
@@ -30,6 +36,36 @@ std::string FollowLinks(fs::path path) {
   for (int i = 0; i < 40 && fs::is_symlink(path, error); ++i)
     path = path.parent_path() / fs::read_symlink(path, error);
   return path;
+}
+
+// A copy in the making.
+struct Part {
+  std::string path;
+  std::string place;     // that the copy goes to, in the same directory
+  fs::file_type before;  // what was at the place when the copy began
+};
+
+// True when nothing is left at path, a directory with all that is in it.
+bool RemovePart(const std::string& path) {
+  std::error_code error;
+  fs::remove_all(path, error);
+  return !error || error == std::errc::not_a_directory;  // in a file nothing can be left
+}
+
+// Begins a copy to place. False when what has the part's name stays; it might be a user's link.
+bool BeginPart(const std::string& place, Part* part) {
+  *part = {fs::path(place).replace_filename(partName), place, TypeAt(place)};
+  return RemovePart(part->path);
+}
+
+// Ends a copy. A complete part takes its place, unless something of another type has come there
+// since, which somebody else would lose. Otherwise the part is removed, and the result is false.
+bool EndPart(const Part& part, bool isComplete) {
+  if (isComplete && TypeAt(part.place) == part.before &&
+      std::rename(part.path.c_str(), part.place.c_str()) == 0)
+    return true;
+  RemovePart(part.path);
+  return false;
 }
 
 // Flushes what is at path, of the copy to destination, unless the caller will: it flushes the file
@@ -41,30 +77,27 @@ bool FlushCopy(const std::string& destination, const std::string& path,
   return false;
 }
 
-// Renames a complete part, unless something of another type than before has come to its place.
-// Otherwise removes it and returns false.
-bool EndCopy(bool isComplete, const std::string& part, const std::string& place,
-             fs::file_type before) {
-  if (isComplete && TypeAt(place) == before && std::rename(part.c_str(), place.c_str()) == 0)
-    return true;
+// Opens a file and stores its size in bytes. Not a pipe or a device, which might never end.
+bool OpenSource(const std::string& path, std::ifstream* in, std::uintmax_t* size) {
   std::error_code error;
-  fs::remove_all(part, error);
-  return false;
+  *size = fs::file_size(path, error);  // only files have one
+  if (!error) in->open(path, std::ios::binary);
+  return in->is_open();
 }
 
-// Copies the link itself, in place of anything but a directory.
-bool CopyLink(const std::string& source, const std::string& place) {
-  const fs::file_type before = TypeAt(place);
-  const std::string part = PartBeside(place);
-  DeleteFile(part);
-  std::error_code error;
-  fs::copy_symlink(source, part, error);
-  return EndCopy(!error, part, place, before);
+// Opens a part that is to replace a file or nothing. Until it has the source's permissions, nobody
+// else may read it.
+bool OpenPart(const Part& part, std::ofstream* out) {
+  if (part.before != fs::file_type::regular && part.before != fs::file_type::not_found)
+    return false;
+  const mode_t mask = umask(077);
+  out->open(part.path, std::ios::binary);
+  umask(mask);
+  return out->is_open();
 }
 
-// Copies the bytes and closes the destination. True when the file system has taken all that was
-// read, which is no less than the size. The streams' flags alone do not say: an empty source sets
-// one, a read error may not.
+// Copies the bytes and closes the destination. True when all that was read is written, and no less
+// than size. The streams' flags alone do not say: an empty source sets one, a read error may not.
 bool Transfer(std::uintmax_t size, std::ifstream* in, std::ofstream* out) {
   *out << in->rdbuf();
   out->clear();
@@ -87,6 +120,17 @@ bool ReportOutcome(bool success) {
   return success;
 }
 
+// Copies the link itself, in place of anything but a directory.
+bool CopyLink(const std::string& source, const std::string& destination,
+              const std::string& target) {
+  Part part;
+  std::error_code error;
+  const bool hasPlace = BeginPart(target, &part) && part.before != fs::file_type::directory;
+  if (hasPlace) fs::copy_symlink(source, part.path, error);
+  if (!hasPlace || error) return ReportUnopened(source, destination, true);
+  return ReportOutcome(EndPart(part, true));
+}
+
 // Copies a file or a link to a directory to target. That is the destination, which the lines name,
 // or, while a whole directory is still a part, the same place below that.
 bool Copy(const std::string& source, const std::string& destination, const std::string& target,
@@ -98,32 +142,24 @@ bool Copy(const std::string& source, const std::string& destination, const std::
   }
 
   std::cerr << "Attempt CopyFile from " << source << " to " << destination << std::endl;
-  if (LinksToDirectory(source)) return ReportOutcome(CopyLink(source, target));
+  if (LinksToDirectory(source)) return CopyLink(source, destination, target);
 
-  std::error_code error;
-  const std::uintmax_t size = fs::file_size(source, error);  // only files have one
   std::ifstream in;
-  if (!error) in.open(source, std::ios::binary);
-  if (!in.is_open()) return ReportUnopened(source, destination, false);
+  std::uintmax_t size = 0;
+  if (!OpenSource(source, &in, &size)) return ReportUnopened(source, destination, false);
+  std::error_code error;
   if (fs::equivalent(source, target, error)) return ReportOutcome(true);
 
-  const std::string place = FollowLinks(target);
-  const fs::file_type before = TypeAt(place);
-  const std::string part = PartBeside(place);
-  DeleteFile(part);
-  const mode_t mask = umask(077);  // nobody else may read the part meanwhile
+  Part part;
   std::ofstream out;
-  if (before == fs::file_type::regular || before == fs::file_type::not_found)
-    out.open(part, std::ios::binary);
-  umask(mask);
-  if (!out.is_open()) return ReportUnopened(source, destination, true);
+  if (!BeginPart(FollowLinks(target), &part) || !OpenPart(part, &out))
+    return ReportUnopened(source, destination, true);
 
   bool isComplete = Transfer(size, &in, &out);
   int mode = 0;  // one that cannot be read is not carried over, and no failure
-  const bool hasPermissions = !GetPermissions(source, &mode) || SetPermissions(part, mode);
-  isComplete = isComplete && FlushCopy(destination, part, flushedLater);
-  isComplete =
-      EndCopy(isComplete, part, place, before) && FlushCopy(destination, place, flushedLater);
+  const bool hasPermissions = !GetPermissions(source, &mode) || SetPermissions(part.path, mode);
+  isComplete = isComplete && FlushCopy(destination, part.path, flushedLater);
+  isComplete = EndPart(part, isComplete) && FlushCopy(destination, part.place, flushedLater);
   if (hasPermissions) return ReportOutcome(isComplete);
   std::cerr << "failed during permissions xfer" << std::endl;
   return false;
@@ -163,11 +199,6 @@ std::string ApplicationDataDirectory(const std::string& org, const std::string& 
   return userData.empty() ? "" : userData + "/" + org + "/" + name;
 }
 
-fs::file_type TypeAt(const std::string& path) {
-  std::error_code error;
-  return fs::symlink_status(path, error).type();
-}
-
 bool LinksToDirectory(const std::string& path) {
   std::error_code error;
   return fs::is_symlink(path, error) && fs::is_directory(path, error);
@@ -196,15 +227,17 @@ bool CopyFile(const std::string& source, const std::string& destination,
 }
 
 bool CopyDirectory(const std::string& source, const std::string& destination) {
-  if (TypeAt(destination) != fs::file_type::not_found)
-    return CopyTree(source, destination, destination, "");
+  return CopyTree(source, destination, destination, "");
+}
 
-  const std::string part = PartBeside(destination);
-  bool isComplete =
-      DeletePart(Parent(destination)) && CopyTree(source, destination, part, Parent(destination));
-  if (isComplete && !FileExists(part)) return true;  // nothing comes of a tree without files
-  isComplete = isComplete && FlushCopy(destination, part, "");
-  return EndCopy(isComplete, part, destination, fs::file_type::not_found);
+bool CopyWholeDirectory(const std::string& source, const std::string& destination) {
+  if (TypeAt(destination) != fs::file_type::not_found) return CopyDirectory(source, destination);
+
+  Part part;
+  const bool isComplete = BeginPart(destination, &part) &&
+                          CopyTree(source, destination, part.path, Parent(destination));
+  if (isComplete && !FileExists(part.path)) return true;  // nothing comes of a tree without files
+  return EndPart(part, isComplete && FlushCopy(destination, part.path, ""));
 }
 
 bool IsPart(const std::string& path) {
@@ -213,11 +246,6 @@ bool IsPart(const std::string& path) {
 
 void AddToPartName(const std::string& suffix) { partName += suffix; }
 
-bool DeletePart(const std::string& directory) {
-  std::error_code error;
-  if (!fs::is_directory(directory, error)) return true;
-  fs::remove_all(directory + "/" + partName, error);
-  return !error;
-}
+bool DeletePart(const std::string& directory) { return RemovePart(directory + "/" + partName); }
 
 }  // namespace torvane

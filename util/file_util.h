@@ -2,11 +2,12 @@
 // copy functions write lines, to standard error, those of success too.
 //
 // A copy is made under another name in the directory that it goes to, as a part, and renamed when
-// it is complete. So a kill leaves its place as it was or complete, and at most a part beside it;
-// so does a power cut, once the copy was flushed.
+// it is complete. So a kill leaves its place as it was or complete, and at most a part beside it.
+// Against power cuts the file is flushed before it is renamed, for its content, and after, for its
+// name: file systems write the new name along with the file. To flush the directory instead would
+// be, here, to wait for all that any program has written to the file system.
 #pragma once
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -30,9 +31,6 @@ bool FileExists(const std::string& path);
 
 // True when path leads to nothing, links followed; false when that is unknown.
 bool IsMissing(const std::string& path);
-
-// What is at path itself, links not followed: not_found for nothing, none when that is unknown.
-std::filesystem::file_type TypeAt(const std::string& path);
 
 // True when path itself is a directory. Links are not followed: one to a directory gives false.
 bool DirectoryExists(const std::string& path);
@@ -62,22 +60,28 @@ std::vector<std::string> SearchDirectory(const std::string& directory, const std
 bool MakeDirectory(const std::string& path);
 
 // Copies the bytes and permission bits of a file, links followed, creating missing parents of the
-// destination (taken as absolute). Links there are followed and stay; a file is replaced, anything
-// else fails. A link to a directory is copied as a link, in place of anything but a directory. True
-// when the copy is complete and on the disk (a link need not be), or both are one file. A failure
-// leaves the place as it was; only when the permissions cannot be applied, or the new name cannot
-// be flushed, the complete copy is there. Unless it is empty, flushedLater is a directory whose
-// file system the caller flushes: until then a power cut may cut short a copy on that.
+// destination (taken as absolute). Links at the destination are followed and stay; a file there is
+// replaced, a read-only one too, and anything else fails the copy. A link to a directory is copied
+// as a link, in place of anything but a directory.
+//   true   complete: on the disk (a link need not be), or both are one file
+//   false  failed: the place is as it was
+//   false  failed, but complete: its permissions cannot be applied, or its name cannot be flushed
+// Unless it is empty, flushedLater is a directory whose file system the caller flushes: a power cut
+// before that may cut short a copy on that file system.
 bool CopyFile(const std::string& source, const std::string& destination,
               const std::string& flushedLater = "");
 
 // Copies every file below a directory to the same relative path below destination; directories come
 // into being only as their parents. Links are never entered; a directory that cannot be listed
-// counts as empty. False when source is no directory, and at the first file that fails. All or
-// nothing, unless something, even a link, is at destination.
+// counts as empty. False when source is no directory, and at the first failure: the rest is left.
 bool CopyDirectory(const std::string& source, const std::string& destination);
 
-// True when the path's last name is that of a part, of any process.
+// CopyDirectory, but of all files or none where nothing is at destination, which has no trailing
+// "/". Where anything is, even a link to nowhere, it is CopyDirectory.
+bool CopyWholeDirectory(const std::string& source, const std::string& destination);
+
+// True when the path's last name is that of a part of any process, which is followed by nothing or
+// by "." and a number. So ".Torvane Odrel.parts" is none.
 bool IsPart(const std::string& path);
 
 // Adds to the name of this process's parts, where others may be making theirs.
@@ -97,7 +101,8 @@ bool SetPermissions(const std::string& path, int mode);
 bool Flush(const std::string& path);
 
 // Waits, so many seconds at most, until no other process holds the directory, then holds it until
-// this one ends; programs that it starts do not. False, at once where there is nothing to lock.
+// this one ends; programs that it starts do not. False when the time is over, and at once when path
+// is no directory that can be opened, or its file system has no locks.
 bool LockDirectory(const std::string& path, int seconds);
 
 }  // namespace torvane
