@@ -46,9 +46,9 @@ bool Append(const std::string& path, const std::string& content) {
 //                     the rest is tried again, but not over what the application has written
 //
 // A launch reads all of them, copies, flushes A once, and then writes markers and journals, the
-// oldest release's first. After a kill or power cut before these the next launch tries the same
-// again, after one between them what is not written down. Nobody's work is lost by that: the
-// application starts only later.
+// oldest release's first. One that is killed before that is simply repeated by the next, and one
+// that is killed in between as far as nothing is written down. A power cut is no different.
+// Nobody's work is lost: the application starts only later.
 //
 // For example, 2.1 has a, b and c, and in the first try b and c fail: the journal lists a. Then the
 // user removes a and makes a file b. The later try leaves a alone, since it is listed. The user's b
@@ -60,7 +60,7 @@ struct OldData {
   std::string journal;  // a file in A: relative paths, each ended by a NUL
   bool isMarked;
   std::unordered_set<std::string> listed;  // in the journal, by earlier launches
-  std::string arrived;                     // what this launch appends to the journal
+  std::string done;                        // what this launch appends to the journal
   bool isComplete = true;                  // nothing has failed in this launch
 };
 using OldDataList = std::vector<OldData>;
@@ -81,7 +81,7 @@ OldDataList ReadOldData() {
     while (std::getline(file, path, '\0') && !file.eof()) list.back().listed.insert(path);
     // A kill has cut off the last path. One that is appended would be joined to it, and make the
     // name of another file. So a "/" is put in between, which no path has at its end, and a NUL.
-    if (!path.empty()) list.back().arrived = std::string("/") + '\0';
+    if (!path.empty()) list.back().done = std::string("/") + '\0';
   }
   return list;
 }
@@ -122,8 +122,8 @@ bool MigrateFile(const std::string& relative, const OldDataList& list, std::size
   if (IsFirstTry(list[i])) return torvane::CopyFile(source, destination, newDataDirName);
 
   // A source that is missing, a link to nowhere, is "copied" whatever is in its place: that fails
-  // and says why, and a later launch may find it. Each of these copies is flushed, since one that a
-  // power cut has cut short would count as arrived.
+  // and says why, and a later launch may find it. Unlike those of a first try, these copies are
+  // flushed one by one: one that a power cut has cut short would count as arrived.
   if (torvane::IsMissing(source) || torvane::IsMissing(destination) ||
       HoldsOlderCopy(relative, list, i))
     return torvane::CopyFile(source, destination);
@@ -139,12 +139,12 @@ void MigrateDirectory(OldDataList* list, std::size_t i) {
     if (old.listed.count(relative) != 0 || torvane::IsPart(relative)) continue;
 
     const std::string source = old.directory + "/" + relative;
-    const bool isLeft = IsLeftToNewer(relative, *list, i);
-    if (!isLeft && torvane::DirectoryExists(source)) {
+    const bool isLeftToNewer = IsLeftToNewer(relative, *list, i);
+    if (!isLeftToNewer && torvane::DirectoryExists(source)) {
       for (const std::string& name : torvane::ListDirectory(source))
         work.push_back(relative + "/" + name);
-    } else if (isLeft || MigrateFile(relative, *list, i)) {
-      old.arrived += relative + '\0';
+    } else if (isLeftToNewer || MigrateFile(relative, *list, i)) {
+      old.done += relative + '\0';
     } else {
       std::cerr << "Failed to copy \"" << source << "\" to \"" << newDataDirName << "/" << relative
                 << "\"" << std::endl;
@@ -153,14 +153,14 @@ void MigrateDirectory(OldDataList* list, std::size_t i) {
   }
 }
 
-// Writes down what has arrived. A release that gets neither marker nor journal has a first try
+// Writes down what is done. A release that gets neither marker nor journal has a first try
 // next, over what newer ones have brought. So these are not written down: they come again after it.
 void RecordOldData(const OldDataList& list) {
   for (const OldData& old : list) {
     if (old.isMarked || (old.isComplete && Append(old.marker, "")))
       torvane::DeleteFile(old.journal);
-    else if (!old.arrived.empty() || torvane::IsMissing(old.journal))
-      Append(old.journal, old.arrived);
+    else if (!old.done.empty() || torvane::IsMissing(old.journal))
+      Append(old.journal, old.done);
     if (IsFirstTry(old)) return;
   }
 }
@@ -195,16 +195,16 @@ void MigrateUserData() {
               << newDataDirName << "\"" << std::endl;
     MigrateDirectory(&list, i);
     // A first try has flushed nothing, and a later one may have found what is not flushed.
-    isFlushDue = isFlushDue || IsFirstTry(list[i]) || !list[i].arrived.empty();
+    isFlushDue = isFlushDue || IsFirstTry(list[i]) || !list[i].done.empty();
   }
 
-  // Where nothing is copied there may be no directory to flush.
+  // Where nothing could be copied A may be missing, and nothing is to be flushed.
   if (isFlushDue && !torvane::IsMissing(newDataDirName) && !torvane::Flush(newDataDirName)) {
     std::cerr << "Failed to write \"" << newDataDirName << "\" to the disk" << std::endl;
-    // So nothing is known to have arrived. An empty journal all the same keeps the next launch from
+    // So nothing is known to be done. An empty journal all the same keeps the next launch from
     // copying over what the application writes from now on.
     for (OldData& old : list) {
-      old.arrived.clear();
+      old.done.clear();
       old.isComplete = false;
     }
   }

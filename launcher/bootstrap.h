@@ -27,5 +27,5 @@ std::string LatestOdrelUmoFile();
 // Copies the bundle's greatest-named runtime, unless a directory or a link to one has its name.
 void PrimeVEKRuntime();
 
-// The path of the executable in the greatest-named runtime; empty when that one has none.
+// The path of the executable in the greatest-named runtime; empty when that has none or is a part.
 std::string LatestVEKRuntime();

@@ -4,7 +4,6 @@
 
 #include <cstdio>
 #include <cstring>
-#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -131,8 +130,8 @@ bool CopyLink(const std::string& source, const std::string& destination,
   return ReportOutcome(EndPart(part, true));
 }
 
-// Copies a file or a link to a directory to target. That is the destination, which the lines name,
-// or, while a whole directory is still a part, the same place below that.
+// Copies a file or a link to a directory. The lines name the destination; target is the same or,
+// while a whole directory is copied, its place in the part.
 bool Copy(const std::string& source, const std::string& destination, const std::string& target,
           const std::string& flushedLater) {
   // The look at the last directory spares a mkdir for each of them.
@@ -172,7 +171,7 @@ bool CopyTree(const std::string& source, const std::string& destination, const s
     return false;
   }
 
-  std::deque<std::string> pending = {""};  // relative, with a "/" in front
+  std::vector<std::string> pending = {""};  // relative, with a "/" in front
   while (!pending.empty()) {
     const std::string directory = std::move(pending.back());
     pending.pop_back();
@@ -241,6 +240,7 @@ bool CopyWholeDirectory(const std::string& source, const std::string& destinatio
 }
 
 bool IsPart(const std::string& path) {
+  // With a "." appended both kinds of names begin in the same way.
   return (fs::path(path).filename().string() + ".").rfind(partStem + ".", 0) == 0;
 }
 

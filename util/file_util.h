@@ -4,8 +4,8 @@
 // A copy is made under another name in the directory that it goes to, as a part, and renamed when
 // it is complete. So a kill leaves its place as it was or complete, and at most a part beside it.
 // Against power cuts the file is flushed before it is renamed, for its content, and after, for its
-// name: file systems write the new name along with the file. To flush the directory instead would
-// be, here, to wait for all that any program has written to the file system.
+// name, which file systems write along with it. Flush() of a directory waits for its whole file
+// system, so that serves only many files at once.
 #pragma once
 
 #include <string>
@@ -71,17 +71,17 @@ bool MakeDirectory(const std::string& path);
 bool CopyFile(const std::string& source, const std::string& destination,
               const std::string& flushedLater = "");
 
-// Copies every file below a directory to the same relative path below destination; directories come
-// into being only as their parents. Links are never entered; a directory that cannot be listed
-// counts as empty. False when source is no directory, and at the first failure: the rest is left.
+// Copies every file below a directory to the same relative path below destination, and directories
+// only as their parents. Links are never entered; a directory that cannot be listed counts as
+// empty. False when source is no directory, and at the first failure, which ends the copy.
 bool CopyDirectory(const std::string& source, const std::string& destination);
 
 // CopyDirectory, but of all files or none where nothing is at destination, which has no trailing
 // "/". Where anything is, even a link to nowhere, it is CopyDirectory.
 bool CopyWholeDirectory(const std::string& source, const std::string& destination);
 
-// True when the path's last name is that of a part of any process, which is followed by nothing or
-// by "." and a number. So ".Torvane Odrel.parts" is none.
+// True when the path's last name is that of a part, of this process or, with "." and its number at
+// the end, of another one. So ".Torvane Odrel.parts" is none.
 bool IsPart(const std::string& path);
 
 // Adds to the name of this process's parts, where others may be making theirs.
