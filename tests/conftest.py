@@ -1,13 +1,13 @@
-"""A world has the launcher in "bundle", and a package and a runtime in the application's directory
-"app": a launch starts that. A path may begin with one of PLACES; "executable" is a runtime's. What
-is there is a text, "-> TEXT" for a link, None for a directory, or GONE; (MODE, TEXT) with a mode.
-"""
-import functools
+"""A world has the launcher in "bundle", and a package and a runtime in the application's directory,
+"app". launch() lays out files, launches, and returns all that has changed. A path begins with one
+of PLACES; "executable" is a runtime's. What is there is a text, "-> TEXT" for a link, None for a
+directory, or GONE; (MODE, TEXT) where the mode is unusual."""
 import os
-import resource
 import shutil
 import tempfile
+from functools import partial
 from pathlib import Path
+from resource import RLIMIT_FSIZE, RLIMIT_NPROC, setrlimit
 from subprocess import PIPE, STDOUT, Popen
 
 import pytest
@@ -16,22 +16,24 @@ APP = "user/Torvane/Torvane Odrel 2.2"
 PLACES = {
   "backup": f"{APP}/qrc__0.localstorage_migrated", "old-storage": f"{APP}/qrc__0.localstorage",
   "storage": f"{APP}/Local Storage/umop__0.localstorage",
-  **{f"journal-{n}": f"{APP}/Torvane Odrel {n}.unmarked" for n in ("2.0", "2.1")},
-  **{n: f"user/Torvane, Inc./Torvane Odrel {n}" for n in ("2.0", "2.1", "2.2")}, "app": APP}
+  **{f"journal-2.{n}": f"{APP}/Torvane Odrel 2.{n}.unmarked" for n in "012"}, "app": APP,
+  **{f"2.{n}": f"user/Torvane, Inc./Torvane Odrel 2.{n}" for n in "012"},
+  **{name: name for name in ("bundle", "user", "other", "home", "link")}}
 EXECUTABLE = "Torvane Odrel.app/Contents/MacOS/Torvane Umo"
 PART = ".Torvane Odrel.part"
 GONE = "(gone)"
-LARGE = "(too large for a full disk)"
-RUNTIME = (0o755, "(notes what it inherits)")
+LARGE = "(large)"
+RUNTIME = (0o755, "(runtime)")  # writes down what it receives, and fails
 TEXTS = {LARGE: "x" * 40000, RUNTIME[1]: """#!/bin/sh
 { cat /proc/$$/cmdline; printf '\\1\\0'; cat /proc/$$/environ
+  readlink /proc/$$/cwd /proc/$$/fd/* | grep -e other -e 'Odrel 2.2$' | tr '\\n' '\\0'
   grep -q '^SigIgn.*1..1...$' /proc/$$/status && printf 'ignored signals\\0'
-  readlink /proc/$$/fd/* | grep 'Odrel 2.2$' | tr '\\n' '\\0'
 } >"${0%%/world/*}/received"
 """}
 NAMES = {text: name for name, text in TEXTS.items()}
-FULL_DISK = functools.partial(resource.setrlimit, resource.RLIMIT_FSIZE, (32768, 32768))
-NO_PROCESS = functools.partial(resource.setrlimit, resource.RLIMIT_NPROC, (0, 0))  # not for root
+FULL_DISK = partial(setrlimit, RLIMIT_FSIZE, (32768, 32768))
+NO_PROCESS = partial(setrlimit, RLIMIT_NPROC, (0, 0))  # does not hold for root
+NO_INPUT = partial(os.close, 0)
 NOBODY = None if os.geteuid() else 65534
 
 
@@ -46,13 +48,13 @@ class World:
 
   def path(self, name):
     place, _, rest = name.partition("/")
-    return self.root / PLACES.get(place, place) / rest.replace("executable", EXECUTABLE)
+    return self.root / PLACES[place] / rest.replace("executable", EXECUTABLE)
 
   def shorten(self, text):
     text = os.fsdecode(text or "").replace(EXECUTABLE, "executable")
     for place, path in PLACES.items():
       text = text.replace(f"{self.root}/{path}", place)
-    return text.replace(f"{self.root}/", "")
+    return text
 
   def lay_out(self, files):
     for name, entry in files.items():
@@ -93,23 +95,21 @@ class World:
     return {self.shorten(path): after.get(path, [GONE])[0] for path in changed - implied}
 
   def start(self, *arguments, stderr=STDOUT, **options):
-    command = [self.path("bundle/odrel"), *arguments]
-    process = Popen(command, env=self.environment, stdout=PIPE, stderr=stderr, **options)
+    process = Popen([self.path("bundle/odrel"), *arguments], env=self.environment, stdout=PIPE,
+                    stderr=stderr, cwd=self.path("other"), **options)
     self.processes.append(process)
     return process
 
   def launch(self, files, *arguments, code=0, **options):
-    """Lays out files, launches, and returns all that the launch has changed."""
     self.lay_out(files)
     before = self.snapshot()
     self.record.write_text("")
     process = self.start(*arguments, **options)
-    # The runtime has the streams as well, so this waits for its end, too.
+    # The runtime has the streams as well: this waits for its end, too.
     self.lines, self.errors = map(self.shorten, process.communicate(timeout=30))
-    notes = self.shorten(self.record.read_bytes()).split("\1")
-    self.arguments, *self.inherited = [part.split("\0")[1:-1] for part in notes]
+    arguments, _, inherited = self.shorten(self.record.read_bytes()).partition("\1")
+    self.arguments, self.inherited = arguments.split("\0")[1:-1], inherited.split("\0")[1:-1]
     assert process.returncode == code
-    assert code or self.arguments, "No runtime was started."
     return self.changes_since(before)
 
 
@@ -127,4 +127,4 @@ def world():
     yield world
     for process in world.processes:
       process.kill()
-      print(*map(world.shorten, process.communicate()), f"exit code {process.returncode}")
+      print(*map(world.shorten, process.communicate()), f"exit code {process.returncode}", sep="")

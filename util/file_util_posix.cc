@@ -122,6 +122,7 @@ bool Flush(const std::string& path) {
 bool LockDirectory(const std::string& path, int seconds) {
   const int directory = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+  // For a directory that could not be opened flock fails as it does where there are no locks.
   while (flock(directory, LOCK_EX | LOCK_NB) != 0) {
     if (errno != EWOULDBLOCK || std::chrono::steady_clock::now() >= end) return false;
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
