@@ -105,7 +105,7 @@ class World:
     before = self.snapshot()
     self.record.write_text("")
     process = self.start(*arguments, **options)
-    # The runtime has the streams as well: this waits for its end, too.
+    # The runtime has the streams as well, so this waits for both.
     self.lines, self.errors = map(self.shorten, process.communicate(timeout=30))
     arguments, _, inherited = self.shorten(self.record.read_bytes()).partition("\1")
     self.arguments, self.inherited = arguments.split("\0")[1:-1], inherited.split("\0")[1:-1]

@@ -67,7 +67,7 @@ def test_a_launch_waits_for_another_and_makes_a_kill_good(world, source):
   os.truncate(world.path(source), 1 << 34)
   first = world.start()
   end = time.monotonic() + 30
-  while int(Path(f"/proc/{first.pid}/io").read_text().split()[3]) < 1 << 20:  # bytes written
+  while int(Path(f"/proc/{first.pid}/io").read_text().split()[3]) < 1 << 20:  # written
     assert first.poll() is None and time.monotonic() < end, "no copy"
     time.sleep(0.001)
   first.send_signal(SIGSTOP)
