@@ -24,7 +24,7 @@ PART = ".Torvane Odrel.part"
 GONE = "(gone)"
 LARGE = "(large)"
 RUNTIME = (0o755, "(runtime)")  # writes down what it receives, and fails
-TEXTS = {LARGE: "x" * 40000, RUNTIME[1]: """#!/bin/sh
+TEXTS = {LARGE: "x" * 40000, "(a byte over)": "x" * 32769, RUNTIME[1]: """#!/bin/sh
 { cat /proc/$$/cmdline; printf '\\1\\0'; cat /proc/$$/environ
   readlink /proc/$$/cwd /proc/$$/fd/* | grep -e other -e 'Odrel 2.2$' | tr '\\n' '\\0'
   grep -q '^SigIgn.*1..1...$' /proc/$$/status && printf 'ignored signals\\0'
@@ -33,7 +33,6 @@ TEXTS = {LARGE: "x" * 40000, RUNTIME[1]: """#!/bin/sh
 NAMES = {text: name for name, text in TEXTS.items()}
 FULL_DISK = partial(setrlimit, RLIMIT_FSIZE, (32768, 32768))
 NO_PROCESS = partial(setrlimit, RLIMIT_NPROC, (0, 0))  # does not hold for root
-NO_INPUT = partial(os.close, 0)
 NOBODY = None if os.geteuid() else 65534
 
 
@@ -41,7 +40,7 @@ class World:
   def __init__(self, directory):
     os.umask(0o022)
     self.root, self.record = Path(directory, "world"), Path(directory, "received")
-    self.environment, self.processes = {"XDG_DATA_HOME": f"{self.root}/user"}, []
+    self.environment, self.processes = {"XDG_DATA_HOME": f"{self.root}/user//"}, []
     self.lay_out({"app/mrd-1.umo": "", "app/runtime/vek-1/executable": RUNTIME})
     self.lay_out({"bundle": None, "other": None})
     shutil.copy(os.environ.get("LAUNCHER", "build/odrel"), self.path("bundle/odrel"))
@@ -103,12 +102,12 @@ class World:
   def launch(self, files, *arguments, code=0, **options):
     self.lay_out(files)
     before = self.snapshot()
-    self.record.write_text("")
+    self.record.write_text("\1")
     process = self.start(*arguments, **options)
     # The runtime has the streams as well, so this waits for both.
     self.lines, self.errors = map(self.shorten, process.communicate(timeout=30))
-    arguments, _, inherited = self.shorten(self.record.read_bytes()).partition("\1")
-    self.arguments, self.inherited = arguments.split("\0")[1:-1], inherited.split("\0")[1:-1]
+    notes = self.shorten(self.record.read_bytes()).split("\1")
+    self.arguments, self.inherited = [part.split("\0")[1:-1] for part in notes]
     assert process.returncode == code
     return self.changes_since(before)
 

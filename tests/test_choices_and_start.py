@@ -20,7 +20,7 @@ def test_without_a_package_of_the_version_none_is_loaded(world, version):
 
 def test_a_directory_is_the_package_and_a_link_to_one_the_runtime(world):
   assert world.launch({
-    "app/mrd-2.umo": None, "bundle/mrd-2.umo": "package", "app/runtime/VEK-99": None,
+    "app/mrd-2.umo": None, "bundle/mrd-2.umo": "", "app/runtime/VEK-99": None,
     "app/runtime/vek-10": None, "app/runtime/vek-9": "-> ../../../../other",
     "other/executable": RUNTIME, "bundle/vek-9/file": "",
   }) == {}
@@ -38,7 +38,7 @@ def test_the_runtime_inherits_everything_unchanged(world):
   assert world.launch({}, *arguments, restore_signals=False) == {}
   assert world.arguments == command_line("/a \udcff", *arguments)
   assert world.inherited == [
-    "XDG_DATA_HOME=user", "ODREL_OPEN_DOCUMENTS=/a \udcff", "EMPTY=", "other", "ignored signals"]
+    "XDG_DATA_HOME=user//", "ODREL_OPEN_DOCUMENTS=/a \udcff", "EMPTY=", "other", "ignored signals"]
 
 
 def test_the_first_document_of_the_last_request_is_opened(world):
@@ -48,9 +48,10 @@ def test_the_first_document_of_the_last_request_is_opened(world):
 
 
 def test_the_user_data_directory_is_found_and_never_made(world):
-  world.environment = {"HOME": f"{world.root}/home", "XDG_DATA_HOME": "relative"}
-  assert world.launch({}, code=2, user=NOBODY) == {}
+  world.environment = {"HOME": f"{world.root}/home"}
+  assert world.launch({"home/.local": (0o777, None)}, code=2, user=NOBODY) == {}
+  world.environment["XDG_DATA_HOME"] = "relative"
   assert world.launch({"home/.local/share": None}, code=2, umask=0) == {
     "home/.local/share/Torvane/Torvane Odrel 2.2": None}
-  world.environment["XDG_DATA_HOME"] = f"{world.root}/link//"
+  world.environment["XDG_DATA_HOME"] = f"{world.root}/link"
   assert world.launch({"link": "-> other"}, code=2) == {"other/Torvane/Torvane Odrel 2.2": None}

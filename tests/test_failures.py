@@ -1,7 +1,7 @@
 import os
 
 import pytest
-from conftest import FULL_DISK, GONE, LARGE, NO_INPUT, NO_PROCESS, NOBODY, PIPE, RUNTIME
+from conftest import FULL_DISK, GONE, LARGE, NO_PROCESS, NOBODY, PIPE, RUNTIME
 
 
 def test_progress_is_on_standard_output_and_all_else_on_standard_error(world):
@@ -84,6 +84,5 @@ def test_a_runtime_that_cannot_be_started_is_reported(world):
 def test_nobody_needs_to_read_what_a_launch_writes(world):
   reader, writer = os.pipe()
   os.close(reader)
-  options = {"stderr": writer, "preexec_fn": NO_INPUT}
-  assert world.launch({"bundle/mrd-2.umo": ""}, **options) == {"app/mrd-2.umo": ""}
+  assert world.launch({"bundle/mrd-2.umo": ""}, stderr=writer) == {"app/mrd-2.umo": ""}
   os.close(writer)

@@ -56,7 +56,7 @@ def test_an_update_is_copied_and_started(world):
   }) == {
     "app/mrd-2.0.umo": "", "app/runtime/vek-2/executable": RUNTIME, "app/runtime/vek-2/.x": "-> A"}
   assert world.arguments == command_line(package="mrd-2.0.umo", runtime="vek-2")
-  assert world.inherited == ["XDG_DATA_HOME=user", "other"]
+  assert world.inherited == ["XDG_DATA_HOME=user//", "other"]
 
 
 @pytest.mark.parametrize("source", [

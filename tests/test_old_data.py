@@ -7,7 +7,7 @@ OLD, OWN, NEW = ("x" * 4096 + end for end in ("old", "own", "new"))
 
 def test_a_later_try_brings_what_failed_and_leaves_what_is_the_users(world):
   assert world.launch({
-    "2.1/changed": "old", "2.1/removed": "old", "2.1/failed": LARGE, "2.1/made": LARGE,
+    "2.1/changed": "old", "2.1/removed": "old", "2.1/failed": LARGE, "2.1/made": "(a byte over)",
   }, preexec_fn=FULL_DISK) == {
     "app/changed": "old", "app/removed": "old", "journal-2.1": "changed\0removed\0"}
   assert world.launch({
@@ -20,11 +20,12 @@ def test_a_late_file_replaces_only_an_older_releases_unchanged_one(world):
     "2.0/replaced": OLD, "app/replaced": OLD, "2.1/replaced": NEW, "2.0/changed": OLD,
     "app/changed": OWN, "2.1/changed": NEW, "2.0/same": OLD, "app/same": OLD, "2.1/same": OLD,
     "2.0/newest": OLD, "app/newest": OLD, "2.1/newest": NEW, "2.2/newest": OLD,
-    "2.0/migrated": OTHER, "journal-2.0": "", "journal-2.1": "", "2.2/migrated/by": "anything",
+    "2.1/folder/x": "old", "2.2/folder": OTHER, "app/folder": OTHER, "2.2/migrated/by": "anything",
+    "2.0/migrated": OTHER, "journal-2.0": "", "journal-2.1": "",
   }) == {"app/replaced": NEW, "2.1/migrated": "", "journal-2.0": GONE, "journal-2.1": GONE}
 
 
-def test_a_journal_counts_to_its_last_whole_path_and_stays_without_a_marker(world):
+def test_a_journal_counts_to_its_last_whole_path(world):
   assert world.launch({
     "2.0/listed": "old", "2.0/n": "old", "2.0/migrated": NOWHERE,
     "journal-2.0": "listed\0migrated\0n",
