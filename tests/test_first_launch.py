@@ -51,11 +51,11 @@ Loading Vekara at "app/runtime/vek-2/executable"
 
 def test_an_update_is_copied_and_started(world):
   assert world.launch({
-    "bundle/mrd-2.0.umo": "", "bundle/vek-1/older": "", "bundle/vek-2/executable": RUNTIME,
-    "bundle/vek-2/A": None, "bundle/vek-2/.x": "-> A",
+    "bundle/mrd-20.umo": "", "bundle/vek-1/older": "", "bundle/vek-20/executable": RUNTIME,
+    "bundle/vek-20/A": None, "bundle/vek-20/.x": "-> A",
   }) == {
-    "app/mrd-2.0.umo": "", "app/runtime/vek-2/executable": RUNTIME, "app/runtime/vek-2/.x": "-> A"}
-  assert world.arguments == command_line(package="mrd-2.0.umo", runtime="vek-2")
+    "app/mrd-20.umo": "", "app/runtime/vek-20/executable": RUNTIME, "app/runtime/vek-20/.x": "-> A"}
+  assert world.arguments == command_line(package="mrd-20.umo", runtime="vek-20")
   assert world.inherited == ["XDG_DATA_HOME=user//", "other"]
 
 
