@@ -79,8 +79,8 @@ OldDataList ReadOldData() {
     std::ifstream file(journal, std::ios::binary);
     std::string path;
     while (std::getline(file, path, '\0') && !file.eof()) list.back().listed.insert(path);
-    // A kill has cut off the last path. One that is appended would be joined to it, and make the
-    // name of another file. So a "/" is put in between, which no path has at its end, and a NUL.
+    // Where a kill has cut off the last path, the next one would be joined to it, and both be lost
+    // or name another file. So a "/", which no path has at its end, and a NUL come in between.
     if (!path.empty()) list.back().done = std::string("/") + '\0';
   }
   return list;
