@@ -13,7 +13,7 @@ from subprocess import PIPE, STDOUT, Popen
 import pytest
 
 APP = "user/Torvane/Torvane Odrel 2.2"
-PLACES = {
+PLACES = {  # a longer one before its beginning
   "backup": f"{APP}/qrc__0.localstorage_migrated", "old-storage": f"{APP}/qrc__0.localstorage",
   "storage": f"{APP}/Local Storage/umop__0.localstorage",
   **{f"journal-2.{n}": f"{APP}/Torvane Odrel 2.{n}.unmarked" for n in "012"}, "app": APP,
@@ -121,7 +121,7 @@ def command_line(*arguments, package="mrd-1.umo", runtime="vek-1"):
 @pytest.fixture
 def world():
   with tempfile.TemporaryDirectory() as directory:
-    os.chmod(directory, 0o755)  # for a launch as another user
+    os.chmod(directory, 0o755)  # for NOBODY
     world = World(directory)
     yield world
     for process in world.processes:

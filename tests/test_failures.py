@@ -57,7 +57,7 @@ Unable to find a Vekara runtime to prime
   assert world.launch({"old-storage": "late"}) == {}
 
 
-def test_a_package_or_runtime_that_does_not_fit_comes_later_as_a_whole(world):
+def test_what_does_not_fit_is_copied_later_as_a_whole(world):
   assert world.launch({
     "bundle/mrd-2.umo": LARGE, "bundle/mrd-3.umo": "",
     "bundle/vek-2/executable": RUNTIME, "bundle/vek-2/file": LARGE,
