@@ -53,9 +53,9 @@ def test_an_update_is_copied_and_started(world):
   assert world.launch({
     "bundle/mrd-20.umo": "", "bundle/vek-1/older": "", "bundle/vek-20/executable": RUNTIME,
     "bundle/vek-20/A": None, "bundle/vek-20/.x": "-> A",
-  }) == {
+  }, "x") == {
     "app/mrd-20.umo": "", "app/runtime/vek-20/executable": RUNTIME, "app/runtime/vek-20/.x": "-> A"}
-  assert world.arguments == command_line(package="mrd-20.umo", runtime="vek-20")
+  assert world.arguments == command_line("x", package="mrd-20.umo", runtime="vek-20")
   assert world.inherited == ["XDG_DATA_HOME=user//", "other"]
 
 
