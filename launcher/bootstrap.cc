@@ -153,8 +153,8 @@ void MigrateDirectory(OldDataList* list, std::size_t i) {
   }
 }
 
-// Writes down what is done. A release that gets neither marker nor journal has a first try
-// next, over what newer ones have brought. So these are not written down: they come again after it.
+// Writes down what is done. A release that gets neither marker nor journal has a first try again,
+// over what newer ones have brought. So these are not written down: they come again after it.
 void RecordOldData(const OldDataList& list) {
   for (const OldData& old : list) {
     if (old.isMarked || (old.isComplete && Append(old.marker, "")))

@@ -76,8 +76,8 @@ bool CopyFile(const std::string& source, const std::string& destination,
 // empty. False when source is no directory, and at the first failure, which ends the copy.
 bool CopyDirectory(const std::string& source, const std::string& destination);
 
-// CopyDirectory, but of all files or none where nothing is at destination, which has no trailing
-// "/". Where anything is, even a link to nowhere, it is CopyDirectory.
+// Like CopyDirectory, but all or nothing, where nothing is at destination (without a trailing "/").
+// Where anything is, even a link to nowhere, it is CopyDirectory.
 bool CopyWholeDirectory(const std::string& source, const std::string& destination);
 
 // True when the path's last name is that of a part, of this process or, with "." and its number at
