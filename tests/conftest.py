@@ -13,7 +13,7 @@ from subprocess import PIPE, STDOUT, Popen
 import pytest
 
 APP = "user/Torvane/Torvane Odrel 2.2"
-PLACES = {  # longer ones come first
+PLACES = {  # longer ones first
   "backup": f"{APP}/qrc__0.localstorage_migrated", "old-storage": f"{APP}/qrc__0.localstorage",
   "storage": f"{APP}/Local Storage/umop__0.localstorage",
   **{f"journal-2.{n}": f"{APP}/Torvane Odrel 2.{n}.unmarked" for n in "012"}, "app": APP,
